@@ -1,0 +1,42 @@
+#pragma once
+
+// Files, and the debugger's output. Paths go through NativePath (registry.h) here, callers do not. Any thread.
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace marbex::platform {
+
+// A file open for appending: created when missing, never truncated, its contents kept. Other processes may read it.
+class AppendFile {
+public:
+    virtual ~AppendFile() = default;
+    // One write at the end of the file; false when it failed.
+    virtual bool Append(std::string_view bytes) = 0;
+};
+
+// Null when the file cannot be created or opened.
+std::unique_ptr<AppendFile> OpenForAppend(const std::string& path);
+
+bool FileExists(const std::string& path);     // can be opened for reading
+bool CreateEmptyFile(const std::string& path);  // replaces an existing one by an empty one
+
+// Opens (creating it when missing) with no other writer or reader allowed, appends, closes; false when it cannot be had
+// now. POSIX: a non-blocking advisory lock on the whole file.
+bool AppendExclusively(const std::string& path, std::string_view bytes);
+
+// The whole file; none when it cannot be read or is larger than limit.
+std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit);
+
+// One line to the debugger's output: OutputDebugString on Windows; on POSIX one write to standard error. The text carries
+// its own line end.
+void WriteDebugOutput(std::string_view text);
+
+// For tests: gives every later line to sink instead; an empty one restores.
+using DebugOutputSink = void (*)(std::string_view text);
+void CaptureDebugOutput(DebugOutputSink sink);
+
+}  // namespace marbex::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+// Code pages. Numbers are those of Windows; 65001 is UTF-8. No conversion substitutes a "best fit" character.
+// Any thread.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/registry.h"
+
+namespace marbex::platform {
+
+// The system's ANSI code page: on Windows the system's own; on POSIX the one that LoadAnsiCodePage read last, 1252
+// before that.
+uint32_t AnsiCodePage();
+
+// POSIX: takes the value "ACP" (REG_SZ, decimal) of SYSTEM\CurrentControlSet\Control\Nls\CodePage; a missing value or a
+// code page that the C library does not know gives 1252. Windows: nothing.
+void LoadAnsiCodePage(const Registry& registry);
+
+// Bytes in the ANSI code page to UTF-16. Bytes that a single-byte page leaves undefined become the C1 control of the same
+// value; malformed multi-byte sequences become U+FFFD.
+std::u16string WidenAnsi(std::string_view text);
+
+// Appends to wide, and to offsets the index of the byte at which each unit's character begins.
+// For callers that must go back to the bytes. Neither is cleared.
+void WidenAnsi(std::string_view text, std::u16string& wide, std::u32string& offsets);
+
+// UTF-16 to the ANSI code page; what it does not hold becomes "?".
+std::string NarrowAnsi(std::u16string_view text);
+
+std::string Utf8FromUtf16(std::u16string_view text);  // unpaired surrogates become U+FFFD
+std::u16string Utf16FromUtf8(std::string_view text);  // malformed sequences become U+FFFD
+
+enum class CodePageResult { kOk, kUnmappable, kUnknownCodePage };
+
+// One run of UTF-16 into a code page, strictly: anything the page cannot hold gives kUnmappable and leaves bytes alone.
+CodePageResult ToCodePage(uint32_t codePage, std::u16string_view text, std::string& bytes);
+
+}  // namespace marbex::platform
