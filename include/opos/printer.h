@@ -10,12 +10,30 @@ namespace opos {
 inline constexpr int32_t PTR_S_JOURNAL = 1;
 inline constexpr int32_t PTR_S_RECEIPT = 2;
 inline constexpr int32_t PTR_S_SLIP = 4;
+inline constexpr int32_t PTR_S_JOURNAL_RECEIPT = 0x0003;
+inline constexpr int32_t PTR_S_JOURNAL_SLIP = 0x0005;
+inline constexpr int32_t PTR_S_RECEIPT_SLIP = 0x0006;
+inline constexpr int32_t PTR_TWO_RECEIPT_JOURNAL = 0x8003;
+inline constexpr int32_t PTR_TWO_SLIP_JOURNAL = 0x8005;
+inline constexpr int32_t PTR_TWO_SLIP_RECEIPT = 0x8006;
 
 // Extended result codes.
 inline constexpr int32_t OPOS_EPTR_COVER_OPEN = 201;
 inline constexpr int32_t OPOS_EPTR_JRN_EMPTY = 202;
 inline constexpr int32_t OPOS_EPTR_REC_EMPTY = 203;
 inline constexpr int32_t OPOS_EPTR_SLP_EMPTY = 204;
+inline constexpr int32_t OPOS_EPTR_SLP_FORM = 205;
+inline constexpr int32_t OPOS_EPTR_TOOBIG = 206;
+inline constexpr int32_t OPOS_EPTR_BADFORMAT = 207;
+inline constexpr int32_t OPOS_EPTR_JRN_CARTRIDGE_REMOVED = 208;
+inline constexpr int32_t OPOS_EPTR_JRN_CARTRIDGE_EMPTY = 209;
+inline constexpr int32_t OPOS_EPTR_JRN_HEAD_CLEANING = 210;
+inline constexpr int32_t OPOS_EPTR_REC_CARTRIDGE_REMOVED = 211;
+inline constexpr int32_t OPOS_EPTR_REC_CARTRIDGE_EMPTY = 212;
+inline constexpr int32_t OPOS_EPTR_REC_HEAD_CLEANING = 213;
+inline constexpr int32_t OPOS_EPTR_SLP_CARTRIDGE_REMOVED = 214;
+inline constexpr int32_t OPOS_EPTR_SLP_CARTRIDGE_EMPTY = 215;
+inline constexpr int32_t OPOS_EPTR_SLP_HEAD_CLEANING = 216;
 
 // Map modes.
 inline constexpr int32_t PTR_MM_DOTS = 1;
@@ -26,9 +44,33 @@ inline constexpr int32_t PTR_MM_METRIC = 4;
 // Status update events.
 inline constexpr int32_t PTR_SUE_COVER_OPEN = 11;
 inline constexpr int32_t PTR_SUE_COVER_OK = 12;
+inline constexpr int32_t PTR_SUE_JRN_EMPTY = 21;
+inline constexpr int32_t PTR_SUE_JRN_NEAREMPTY = 22;
+inline constexpr int32_t PTR_SUE_JRN_PAPEROK = 23;
 inline constexpr int32_t PTR_SUE_REC_EMPTY = 24;
 inline constexpr int32_t PTR_SUE_REC_NEAREMPTY = 25;
 inline constexpr int32_t PTR_SUE_REC_PAPEROK = 26;
+inline constexpr int32_t PTR_SUE_SLP_EMPTY = 27;
+inline constexpr int32_t PTR_SUE_SLP_NEAREMPTY = 28;
+inline constexpr int32_t PTR_SUE_SLP_PAPEROK = 29;
+inline constexpr int32_t PTR_SUE_JRN_CARTRIDGE_EMPTY = 41;
+inline constexpr int32_t PTR_SUE_JRN_CARTRIDGE_NEAREMPTY = 42;
+inline constexpr int32_t PTR_SUE_JRN_HEAD_CLEANING = 43;
+inline constexpr int32_t PTR_SUE_JRN_CARTRIDGE_OK = 44;
+inline constexpr int32_t PTR_SUE_REC_CARTRIDGE_EMPTY = 45;
+inline constexpr int32_t PTR_SUE_REC_CARTRIDGE_NEAREMPTY = 46;
+inline constexpr int32_t PTR_SUE_REC_HEAD_CLEANING = 47;
+inline constexpr int32_t PTR_SUE_REC_CARTRIDGE_OK = 48;
+inline constexpr int32_t PTR_SUE_SLP_CARTRIDGE_EMPTY = 49;
+inline constexpr int32_t PTR_SUE_SLP_CARTRIDGE_NEAREMPTY = 50;
+inline constexpr int32_t PTR_SUE_SLP_HEAD_CLEANING = 51;
+inline constexpr int32_t PTR_SUE_SLP_CARTRIDGE_OK = 52;
+inline constexpr int32_t PTR_SUE_JRN_COVER_OPEN = 60;
+inline constexpr int32_t PTR_SUE_JRN_COVER_OK = 61;
+inline constexpr int32_t PTR_SUE_REC_COVER_OPEN = 62;
+inline constexpr int32_t PTR_SUE_REC_COVER_OK = 63;
+inline constexpr int32_t PTR_SUE_SLP_COVER_OPEN = 64;
+inline constexpr int32_t PTR_SUE_SLP_COVER_OK = 65;
 inline constexpr int32_t PTR_SUE_IDLE = 1001;
 
 // Error levels.
@@ -57,17 +99,96 @@ inline constexpr int32_t PTR_MF_TO_NEXT_TOF = 8;
 // Paper cut.
 inline constexpr int32_t PTR_CP_FULLCUT = 100;
 
+// Logos, sides of a slip, ruled lines.
+inline constexpr int32_t PTR_L_TOP = 1;
+inline constexpr int32_t PTR_L_BOTTOM = 2;
+inline constexpr int32_t PTR_PS_UNKNOWN = 0;
+inline constexpr int32_t PTR_PS_SIDE1 = 1;
+inline constexpr int32_t PTR_PS_SIDE2 = 2;
+inline constexpr int32_t PTR_PS_OPPOSITE = 3;
+inline constexpr int32_t PTR_RL_HORIZONTAL = 1;
+inline constexpr int32_t PTR_RL_VERTICAL = 2;
+inline constexpr int32_t PTR_LS_SINGLE_SOLID_LINE = 1;
+inline constexpr int32_t PTR_LS_DOUBLE_SOLID_LINE = 2;
+inline constexpr int32_t PTR_LS_BROKEN_LINE = 3;
+inline constexpr int32_t PTR_LS_CHAIN_LINE = 4;
+
+// Page mode: what PageModePrint does, print directions, abilities.
+inline constexpr int32_t PTR_PM_PAGE_MODE = 1;
+inline constexpr int32_t PTR_PM_PRINT_SAVE = 2;
+inline constexpr int32_t PTR_PM_NORMAL = 3;
+inline constexpr int32_t PTR_PM_CANCEL = 4;
+inline constexpr int32_t PTR_PD_LEFT_TO_RIGHT = 1;
+inline constexpr int32_t PTR_PD_BOTTOM_TO_TOP = 2;
+inline constexpr int32_t PTR_PD_RIGHT_TO_LEFT = 3;
+inline constexpr int32_t PTR_PD_TOP_TO_BOTTOM = 4;
+inline constexpr int32_t PTR_PM_BITMAP = 0x00000001;
+inline constexpr int32_t PTR_PM_BARCODE = 0x00000002;
+inline constexpr int32_t PTR_PM_BM_ROTATE = 0x00000004;
+inline constexpr int32_t PTR_PM_BC_ROTATE = 0x00000008;
+inline constexpr int32_t PTR_PM_OPAQUE = 0x00000010;
+
+// Colours and cartridges.
+inline constexpr int32_t PTR_COLOR_PRIMARY = 0x00000001;
+inline constexpr int32_t PTR_COLOR_CUSTOM1 = 0x00000002;
+inline constexpr int32_t PTR_COLOR_CUSTOM2 = 0x00000004;
+inline constexpr int32_t PTR_COLOR_CUSTOM3 = 0x00000008;
+inline constexpr int32_t PTR_COLOR_CUSTOM4 = 0x00000010;
+inline constexpr int32_t PTR_COLOR_CUSTOM5 = 0x00000020;
+inline constexpr int32_t PTR_COLOR_CUSTOM6 = 0x00000040;
+inline constexpr int32_t PTR_COLOR_CYAN = 0x00000100;
+inline constexpr int32_t PTR_COLOR_MAGENTA = 0x00000200;
+inline constexpr int32_t PTR_COLOR_YELLOW = 0x00000400;
+inline constexpr int32_t PTR_COLOR_FULL = static_cast<int32_t>(0x80000000U);
+inline constexpr int32_t PTR_CART_UNKNOWN = 0x10000000;
+inline constexpr int32_t PTR_CART_OK = 0x00000000;
+inline constexpr int32_t PTR_CART_REMOVED = 0x00000001;
+inline constexpr int32_t PTR_CART_EMPTY = 0x00000002;
+inline constexpr int32_t PTR_CART_NEAREND = 0x00000004;
+inline constexpr int32_t PTR_CART_CLEANING = 0x00000008;
+inline constexpr int32_t PTR_CN_DISABLED = 0;
+inline constexpr int32_t PTR_CN_ENABLED = 1;
+
 // Bar codes: symbology, alignment, text position.
 inline constexpr int32_t PTR_BCS_UPCA = 101;
 inline constexpr int32_t PTR_BCS_UPCE = 102;
 inline constexpr int32_t PTR_BCS_EAN8 = 103;
+inline constexpr int32_t PTR_BCS_JAN8 = 103;
 inline constexpr int32_t PTR_BCS_EAN13 = 104;
+inline constexpr int32_t PTR_BCS_JAN13 = 104;
 inline constexpr int32_t PTR_BCS_TF = 105;
 inline constexpr int32_t PTR_BCS_ITF = 106;
 inline constexpr int32_t PTR_BCS_Codabar = 107;
 inline constexpr int32_t PTR_BCS_Code39 = 108;
 inline constexpr int32_t PTR_BCS_Code93 = 109;
 inline constexpr int32_t PTR_BCS_Code128 = 110;
+inline constexpr int32_t PTR_BCS_UPCA_S = 111;
+inline constexpr int32_t PTR_BCS_UPCE_S = 112;
+inline constexpr int32_t PTR_BCS_UPCD1 = 113;
+inline constexpr int32_t PTR_BCS_UPCD2 = 114;
+inline constexpr int32_t PTR_BCS_UPCD3 = 115;
+inline constexpr int32_t PTR_BCS_UPCD4 = 116;
+inline constexpr int32_t PTR_BCS_UPCD5 = 117;
+inline constexpr int32_t PTR_BCS_EAN8_S = 118;
+inline constexpr int32_t PTR_BCS_EAN13_S = 119;
+inline constexpr int32_t PTR_BCS_EAN128 = 120;
+inline constexpr int32_t PTR_BCS_OCRA = 121;
+inline constexpr int32_t PTR_BCS_OCRB = 122;
+inline constexpr int32_t PTR_BCS_Code128_Parsed = 123;
+inline constexpr int32_t PTR_BCS_RSS14 = 131;
+inline constexpr int32_t PTR_BCS_RSS_EXPANDED = 132;
+inline constexpr int32_t PTR_BCS_GS1DATABAR = 131;
+inline constexpr int32_t PTR_BCS_GS1DATABAR_E = 132;
+inline constexpr int32_t PTR_BCS_GS1DATABAR_S = 133;
+inline constexpr int32_t PTR_BCS_GS1DATABAR_E_S = 134;
+inline constexpr int32_t PTR_BCS_PDF417 = 201;
+inline constexpr int32_t PTR_BCS_MAXICODE = 202;
+inline constexpr int32_t PTR_BCS_DATAMATRIX = 203;
+inline constexpr int32_t PTR_BCS_QRCODE = 204;
+inline constexpr int32_t PTR_BCS_UQRCODE = 205;
+inline constexpr int32_t PTR_BCS_AZTEC = 206;
+inline constexpr int32_t PTR_BCS_UPDF417 = 207;
+inline constexpr int32_t PTR_BCS_OTHER = 501;
 inline constexpr int32_t PTR_BC_LEFT = -1;
 inline constexpr int32_t PTR_BC_CENTER = -2;
 inline constexpr int32_t PTR_BC_RIGHT = -3;
@@ -75,16 +196,24 @@ inline constexpr int32_t PTR_BC_TEXT_NONE = -11;
 inline constexpr int32_t PTR_BC_TEXT_ABOVE = -12;
 inline constexpr int32_t PTR_BC_TEXT_BELOW = -13;
 
-// Bitmaps: width and alignment.
+// Bitmaps: width, alignment, type of a picture in memory.
 inline constexpr int32_t PTR_BM_ASIS = -11;
 inline constexpr int32_t PTR_BM_LEFT = -1;
 inline constexpr int32_t PTR_BM_CENTER = -2;
 inline constexpr int32_t PTR_BM_RIGHT = -3;
+inline constexpr int32_t PTR_BMT_BMP = 1;
+inline constexpr int32_t PTR_BMT_JPEG = 2;
+inline constexpr int32_t PTR_BMT_GIF = 3;
 
 // Character sets.
 inline constexpr int32_t PTR_CS_UNICODE = 997;
 inline constexpr int32_t PTR_CS_ASCII = 998;
 inline constexpr int32_t PTR_CS_ANSI = 999;
+inline constexpr int32_t PTR_CS_WINDOWS = 999;
+inline constexpr int32_t PTR_CCS_ALPHA = 1;
+inline constexpr int32_t PTR_CCS_KANA = 10;
+inline constexpr int32_t PTR_CCS_KANJI = 11;
+inline constexpr int32_t PTR_CCS_UNICODE = 997;
 inline constexpr int32_t PTR_CCS_ASCII = 998;
 
 // Property indices, numeric.
