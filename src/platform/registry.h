@@ -63,7 +63,12 @@ public:
 Registry& SystemRegistry();
 
 // POSIX paths: a backslash is a separator, and a drive ("C:") is the folder drive_c (one a letter) beside the registry
-// file, made when it is missing. A path that begins with "/" is taken as it is. On Windows the path is returned as it is.
+// file, made when it is missing. A path without a drive, such as one that begins with "/", keeps its place; several
+// separators in a row are one. On Windows the path is returned as it is.
 std::string NativePath(std::string_view path);
+
+// Whether two names of keys, values or devices are the same: without regard to case in the Latin, Greek and Cyrillic
+// alphabets.
+bool SameName(std::string_view one, std::string_view other);
 
 }  // namespace marbex::platform

@@ -1,0 +1,120 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+#include "platform/posix/unique_fd.h"
+#include "platform/posix/whole_write.h"
+#include "platform/registry.h"
+
+// Every file is opened with O_NONBLOCK: it changes nothing for a file on disk, and a configured path that turns out to
+// be a named pipe must not hold up the till until somebody opens its other end.
+
+namespace marbex::platform {
+
+namespace {
+
+constexpr mode_t kNewFileMode = 0644;
+
+UniqueFd Open(const std::string& path, int flags)
+{
+    const std::string native = NativePath(path);
+    for (;;) {
+        const int fd = open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kNewFileMode);
+        if (fd >= 0 || errno != EINTR) return UniqueFd(fd);
+    }
+}
+
+class PosixAppendFile : public AppendFile {
+public:
+    explicit PosixAppendFile(UniqueFd fd) : fd_(std::move(fd)) {}
+    bool Append(std::string_view bytes) override { return WriteAll(fd_.Get(), bytes); }
+
+private:
+    UniqueFd fd_;
+};
+
+// Whether path still names the open file: a reader that took the file away while we were getting hold of it would
+// leave us writing into a file without a name.
+bool StillNamed(int fd, const std::string& path)
+{
+    struct stat open {};
+    struct stat named {};
+    return fstat(fd, &open) == 0 && stat(NativePath(path).c_str(), &named) == 0 && open.st_dev == named.st_dev &&
+           open.st_ino == named.st_ino;
+}
+
+std::atomic<DebugOutputSink> debugOutputSink{nullptr};
+
+}  // namespace
+
+std::unique_ptr<AppendFile> OpenForAppend(const std::string& path)
+{
+    UniqueFd fd = Open(path, O_WRONLY | O_CREAT | O_APPEND);
+    if (!fd) return nullptr;
+    return std::make_unique<PosixAppendFile>(std::move(fd));
+}
+
+bool FileExists(const std::string& path)
+{
+    const UniqueFd fd = Open(path, O_RDONLY);
+    struct stat status {};
+    return fd && fstat(fd.Get(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+bool CreateEmptyFile(const std::string& path)
+{
+    return static_cast<bool>(Open(path, O_WRONLY | O_CREAT | O_TRUNC));
+}
+
+bool AppendExclusively(const std::string& path, std::string_view bytes)
+{
+    const UniqueFd fd = Open(path, O_WRONLY | O_CREAT | O_APPEND);
+    if (!fd || flock(fd.Get(), LOCK_EX | LOCK_NB) != 0 || !StillNamed(fd.Get(), path)) return false;
+    return WriteAll(fd.Get(), bytes);
+}
+
+std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit)
+{
+    const UniqueFd fd = Open(path, O_RDONLY);
+    struct stat status {};
+    if (!fd || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    if (static_cast<uint64_t>(status.st_size) > limit) return std::nullopt;
+
+    // The size is a first guess only: files of /proc and /sys tell none, and others grow.
+    std::string contents;
+    contents.resize(static_cast<std::size_t>(status.st_size) + 1);
+    std::size_t length = 0;
+    for (;;) {
+        const ssize_t got = read(fd.Get(), contents.data() + length, contents.size() - length);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return std::nullopt;
+        if (got == 0) break;
+        length += static_cast<std::size_t>(got);
+        if (length > limit) return std::nullopt;
+        if (length == contents.size()) contents.resize(contents.size() * 2 + 4096);
+    }
+    contents.resize(length);
+    return contents;
+}
+
+void WriteDebugOutput(std::string_view text)
+{
+    if (const DebugOutputSink sink = debugOutputSink.load(std::memory_order_acquire)) {
+        sink(text);
+        return;
+    }
+    WriteAll(STDERR_FILENO, text);
+}
+
+void CaptureDebugOutput(DebugOutputSink sink)
+{
+    debugOutputSink.store(sink, std::memory_order_release);
+}
+
+}  // namespace marbex::platform
