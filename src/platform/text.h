@@ -23,9 +23,9 @@ void LoadAnsiCodePage(const Registry& registry);
 // value; malformed multi-byte sequences become U+FFFD.
 std::u16string WidenAnsi(std::string_view text);
 
-// Appends to wide, and to offsets the index of the byte at which each unit's character begins.
-// For callers that must go back to the bytes. Neither is cleared.
-void WidenAnsi(std::string_view text, std::u16string& wide, std::u32string& offsets);
+// The same, appended to wide. Made for the short runs between ASCII text, one accented letter at a time: for the
+// single-byte pages and UTF-8 a call takes no lock and asks nothing of the system.
+void WidenAnsi(std::string_view text, std::u16string& wide);
 
 // UTF-16 to the ANSI code page; what it does not hold becomes "?".
 std::string NarrowAnsi(std::u16string_view text);
