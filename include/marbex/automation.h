@@ -48,8 +48,14 @@ inline constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110
 inline constexpr HRESULT CLASS_E_CLASSNOTAVAILABLE = static_cast<HRESULT>(0x80040111U);
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154U);
 
-constexpr bool SUCCEEDED(HRESULT result) { return result >= 0; }
-constexpr bool FAILED(HRESULT result) { return result < 0; }
+constexpr bool SUCCEEDED(HRESULT result)
+{
+    return result >= 0;
+}
+constexpr bool FAILED(HRESULT result)
+{
+    return result < 0;
+}
 
 struct GUID {
     uint32_t Data1;
@@ -108,6 +114,11 @@ enum VARENUM : VARTYPE {
 
 struct IDispatch;
 
+struct VariantRecord {
+    void* pvRecord;
+    void* pRecInfo;
+};
+
 struct VARIANT {
     VARTYPE vt;
     WORD wReserved1;
@@ -142,10 +153,7 @@ struct VARIANT {
         BSTR* pbstrVal;
         IDispatch** ppdispVal;
         VARIANT* pvarVal;
-        struct {
-            void* pvRecord;
-            void* pRecInfo;
-        } record;  // gives the union its 16 bytes
+        VariantRecord brecVal;  // gives the union its 16 bytes
     };
 };
 static_assert(sizeof(VARIANT) == 24 || sizeof(void*) == 4, "VARIANT has the 64-bit Windows layout");
@@ -173,6 +181,7 @@ struct EXCEPINFO {
 
 struct ITypeInfo;
 
+inline constexpr WORD VARIANT_ALPHABOOL = 2;  // VT_BOOL becomes the text "True" or "False", not "-1" or "0"
 inline constexpr WORD DISPATCH_METHOD = 1;
 inline constexpr WORD DISPATCH_PROPERTYGET = 2;
 inline constexpr WORD DISPATCH_PROPERTYPUT = 4;
@@ -199,6 +208,8 @@ protected:
     ~IClassFactory() = default;
 };
 
+#pragma GCC visibility push(default)
+
 // Text and variants that cross the border come from this one allocator (malloc), whichever side frees them.
 // Strings may hold U+0000; a null BSTR is empty text.
 extern "C" {
@@ -209,6 +220,11 @@ UINT SysStringLen(BSTR text);      // in UTF-16 units; 0 for null
 UINT SysStringByteLen(BSTR text);  // in bytes; 0 for null
 void VariantInit(VARIANT* variant);
 HRESULT VariantClear(VARIANT* variant);  // frees a BSTR, releases an interface; by-reference values are left alone
+
+// Coerces a value; source and destination may be one. By-reference values are followed. Between the integer widths,
+// VT_R4, VT_R8, VT_BOOL and decimal text in VT_BSTR; from VT_EMPTY, VT_CY and VT_DATE to those. Reals round to the
+// nearest integer, halves to the even one. DISP_E_OVERFLOW when the number does not fit, DISP_E_TYPEMISMATCH when there
+// is no such conversion or the text is no number; destination is then unchanged. Flags: VARIANT_ALPHABOOL or 0.
 HRESULT VariantChangeType(VARIANT* destination, const VARIANT* source, WORD flags, VARTYPE type);
 }
 
@@ -219,3 +235,5 @@ HRESULT DllCanUnloadNow();
 HRESULT DllRegisterServer();
 HRESULT DllUnregisterServer();
 }
+
+#pragma GCC visibility pop

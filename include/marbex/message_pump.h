@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#pragma GCC visibility push(default)
 extern "C" {
 
 // A descriptor of the calling thread that is readable while messages wait for it: for epoll, GLib, Qt and the like.
@@ -16,3 +17,4 @@ int MarbexMessageDescriptor();
 // Returns the number of messages run.
 int32_t MarbexRunMessages(int32_t timeoutMilliseconds);
 }
+#pragma GCC visibility pop

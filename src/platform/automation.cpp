@@ -1,0 +1,18 @@
+#include "platform/automation.h"
+
+namespace marbex::platform {
+
+std::u16string_view BstrView(BSTR text)
+{
+    if (text == nullptr) return {};
+    return {reinterpret_cast<const char16_t*>(text), SysStringLen(text)};
+}
+
+BSTR NewBstr(std::u16string_view text)
+{
+    // A null pointer would ask for text that is not filled in.
+    const char16_t* const units = text.empty() ? u"" : text.data();
+    return SysAllocStringLen(reinterpret_cast<const OLECHAR*>(units), static_cast<UINT>(text.size()));
+}
+
+}  // namespace marbex::platform

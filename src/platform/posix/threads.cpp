@@ -1,0 +1,87 @@
+// Threads: what belongs to each while it lives, and what happens when it ends.
+
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "platform/posix/kernel_state.h"
+
+namespace marbex::platform {
+namespace {
+
+constinit thread_local ThreadState* currentThread = nullptr;
+
+// Ends the thread's state as the thread exits.
+struct StateOwner {
+    ~StateOwner()
+    {
+        EndCurrentThread();
+        delete std::exchange(currentThread, nullptr);
+    }
+};
+
+ThreadState& MakeCurrentThread()
+{
+    currentThread = new ThreadState;
+    static thread_local const StateOwner owner;
+    (void)owner;
+    return *currentThread;
+}
+
+struct ThreadEnd final : NativeObject {
+    bool IsSignalledFor(const ThreadState&) const override MARBEX_REQUIRES(waitLock) { return ended; }
+    bool Take(ThreadState&) override MARBEX_REQUIRES(waitLock) { return false; }
+
+    bool ended MARBEX_GUARDED_BY(waitLock) = false;
+};
+
+class ThreadHandle final : public Thread {
+public:
+    explicit ThreadHandle(std::function<void()> body)
+        : end_(std::make_shared<ThreadEnd>()), thread_(Run, std::move(body), end_)
+    {
+    }
+
+    ~ThreadHandle() override
+    {
+        if (thread_.get_id() == std::this_thread::get_id()) {
+            thread_.detach();
+        } else {
+            thread_.join();
+        }
+    }
+
+    NativeObject* Native() const override { return end_.get(); }
+
+private:
+    static void Run(std::function<void()> body, const std::shared_ptr<ThreadEnd>& end)
+    {
+        body();
+        body = nullptr;  // what it holds goes before anyone is told that it is over
+        EndCurrentThread();
+        const LockHold hold(waitLock);
+        end->ended = true;
+        Offer(*end);
+    }
+
+    const std::shared_ptr<ThreadEnd> end_;
+    std::thread thread_;
+};
+
+}  // namespace
+
+ThreadState& CurrentThread()
+{
+    return currentThread != nullptr ? *currentThread : MakeCurrentThread();
+}
+
+std::unique_ptr<Thread> Thread::Start(std::function<void()> body)
+{
+    try {
+        return std::make_unique<ThreadHandle>(std::move(body));
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
+}
+
+}  // namespace marbex::platform
