@@ -16,9 +16,11 @@ namespace marbex::platform {
 std::optional<uint32_t> ParseIpv4(std::string_view text);
 
 enum class TcpStatus {
-    kOk,       // count bytes moved; 0 on receive: the other side closed the connection
-    kAborted,  // the connection was aborted (POSIX: ECONNABORTED, ECONNRESET, EPIPE; Windows: 10053 and kin)
-    kFailed,   // any other error, a time-out included
+    kOk,  // count bytes moved; 0 on receive: the other side closed the connection
+    // The connection was aborted (POSIX: ECONNABORTED, ECONNRESET, EPIPE; Windows: 10053 and kin), or, on send, the
+    // other side has ended it already: the bytes would be accepted here and thrown away there.
+    kAborted,
+    kFailed,  // any other error, a time-out included
 };
 
 struct TcpTransfer {
@@ -34,6 +36,7 @@ public:
     virtual bool Create() = 0;
     // Connects without blocking beyond timeoutMilliseconds; the socket is blocking again afterwards, either way.
     virtual bool Connect(uint32_t address, uint16_t port, uint32_t timeoutMilliseconds) = 0;
+    // Limits of each later send and receive; 0 counts as 1, for nothing waits without limit.
     virtual bool SetSendTimeout(uint32_t milliseconds) = 0;
     virtual bool SetReceiveTimeout(uint32_t milliseconds) = 0;
     // One send: may move fewer bytes than asked. Raises no signal.
@@ -42,7 +45,7 @@ public:
     virtual TcpTransfer Receive(std::span<std::byte> buffer) = 0;
     // Throws away what has already arrived; never waits.
     virtual void DiscardInput() = 0;
-    virtual bool Close() = 0;  // false when the system reports an error or nothing is open
+    virtual bool Close() = 0;                // false when the system reports an error or nothing is open
     virtual uint32_t LastError() const = 0;  // the system's number of the last failure, 0 before one
 };
 

@@ -1,0 +1,62 @@
+#include "comm/com_layer_log.h"
+
+#include <cstdio>
+
+#include "platform/clock.h"
+#include "platform/files.h"
+
+namespace marbex::comm {
+
+namespace {
+
+constexpr std::size_t kLongestPath = 199;
+constexpr std::size_t kLongestLine = 299;
+
+std::string ComposeLine(std::string_view prefix, std::string_view message)
+{
+    const platform::LocalTime now = platform::Now();
+    char stamp[96];
+    std::snprintf(stamp, sizeof stamp, "[%04d/%02d/%02d %02d:%02d:%02d:%04d]", now.year, now.month, now.day, now.hour,
+                  now.minute, now.second, now.millisecond);
+    std::string line = stamp;
+    line.append(" ").append(prefix).append(" ").append(message);
+    if (line.size() > kLongestLine) {
+        line.resize(kLongestLine - 1);
+        line += '\n';
+    }
+    return line;
+}
+
+}  // namespace
+
+void CComLayerLog::SetMode(uint32_t destination, uint32_t mask)
+{
+    destination_ = destination;
+    mask_ = mask;
+}
+
+int32_t CComLayerLog::SetPath(const char* path)
+{
+    if (destination_ != kLogToFile) return 1;
+    if (path == nullptr) return 0;
+    const std::string_view wanted = path;
+    if (wanted.empty() || wanted.size() > kLongestPath) return 0;
+    path_ = wanted;
+    if (platform::FileExists(path_)) return 1;
+    if (!platform::CreateEmptyFile(path_)) return 0;
+    Write("", "=====================Log file succesfully created=====================\n", kLogProgress);
+    return 1;
+}
+
+void CComLayerLog::Write(std::string_view prefix, std::string_view message, uint32_t level) const
+{
+    if (!Writes(level)) return;
+    const std::string line = ComposeLine(prefix, message);
+    if (destination_ == kLogToFile) {
+        if (const auto file = platform::OpenForAppend(path_)) file->Append(line);
+    } else if (destination_ == kLogToDebugger) {
+        platform::WriteDebugOutput(line);
+    }
+}
+
+}  // namespace marbex::comm

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "comm/com_layer_log.h"
+#include "comm/ethernet_transport.h"
+#include "comm/port_system.h"
+#include "platform/lock.h"
+
+namespace marbex::comm {
+
+inline constexpr int32_t kSerial = 0;
+inline constexpr int32_t kEthernet = 1;
+inline constexpr int32_t kUsb = 2;
+
+// Results of the port interface itself; every other code comes from a transport.
+inline constexpr uint32_t kPortOk = 0;
+inline constexpr uint32_t kPortNoSuchId = 4;
+inline constexpr uint32_t kPortMissing = 5;  // an argument, the current record or a transport
+inline constexpr uint32_t kPortNotSerial = 123;
+inline constexpr uint32_t kPortNotEthernet = 203;
+inline constexpr uint32_t kPortCleanUnsupported = 221;
+
+// One communication port: its log and its transports, of which the one that matches its com type is used.
+// Every operation holds the record's own lock, a blocking transfer included, so that one port never delays another.
+class PortRecord {
+public:
+    // comType: 0 serial, 1 Ethernet, 2 USB, anything else counts as serial.
+    PortRecord(int32_t comType, const PortSystem& system);
+
+    bool IsComplete() const;  // no transport is missing
+    uint32_t Id() const { return id_; }
+    void SetId(uint32_t id) { id_ = id; }  // before others see the record
+    CComLayerLog& Log() { return log_; }   // settings: before others see the record
+    const CComLayerLog& Log() const { return log_; }
+
+    uint32_t InitEthTCP(const char* address, uint32_t port);
+    uint32_t SetEthTimeout(uint32_t sendMilliseconds, uint32_t receiveMilliseconds);
+    uint32_t SetPacketSize(uint32_t writeBytes, uint32_t readBytes);
+    uint32_t Open();
+    // written, when given, receives the number of bytes that went out, whatever the result.
+    uint32_t Write(const uint8_t* buffer, uint16_t length, uint32_t* written = nullptr);
+    uint32_t Read(uint8_t* buffer, uint32_t size, uint32_t* count);
+    uint32_t Clean(bool clearOutput, bool clearInput);
+    uint32_t Close();
+    uint32_t AdvSetSerialDTR(bool on);
+    uint32_t AdvSetSerialRTS(bool on);
+
+private:
+    CComLayerLog log_;
+    const int32_t comType_;
+    uint32_t id_ = 0;
+    platform::Lock lock_;
+    const std::unique_ptr<CNuComEth> ethernet_ MARBEX_PT_GUARDED_BY(lock_);
+};
+
+}  // namespace marbex::comm

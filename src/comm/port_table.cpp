@@ -1,0 +1,153 @@
+#include "comm/port_table.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "comm/operation_log.h"
+
+namespace marbex::comm {
+
+namespace {
+
+std::unique_ptr<PortRecord> MakeRecord(int32_t comType, const PortSystem& system)
+{
+    try {
+        auto record = std::make_unique<PortRecord>(comType, system);
+        return record->IsComplete() ? std::move(record) : nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+}  // namespace
+
+PortTable::PortTable(PortSystem system) : system_(std::move(system)) {}
+
+uint32_t PortTable::CreateCommunicationPort(int32_t comType, uint32_t logDestination, uint32_t logMask,
+                                            const char* logFilePath, uint32_t* communicationId)
+{
+    if (communicationId == nullptr) return kPortMissing;
+    auto record = MakeRecord(comType, system_);
+    if (record == nullptr) return kPortMissing;
+    record->Log().SetMode(logDestination, logMask);
+    record->Log().SetPath(logFilePath);
+    record->Log().Write("CreateCommunicationPort- ", "START\n", kLogCalls);
+    const CComLayerLog& log = record->Log();
+    {
+        const platform::LockHold hold(lock_);
+        record->SetId(++lastId_);
+        *communicationId = lastId_;
+        current_ = record.get();
+        records_.push_back(std::move(record));
+    }
+    log.Write("CreateCommunicationPort - ", "END\n", kLogCalls);
+    return kPortOk;
+}
+
+PortRecord* PortTable::FindLocked(uint32_t communicationId) const
+{
+    const auto found = std::find_if(records_.begin(), records_.end(),
+                                    [=](const auto& record) { return record->Id() == communicationId; });
+    return found == records_.end() ? nullptr : found->get();
+}
+
+PortRecord* PortTable::Find(uint32_t communicationId) const
+{
+    const platform::LockHold hold(lock_);
+    return FindLocked(communicationId);
+}
+
+PortRecord* PortTable::Select(uint32_t communicationId)
+{
+    PortRecord* former = nullptr;
+    PortRecord* found = nullptr;
+    {
+        const platform::LockHold hold(lock_);
+        former = current_;
+        found = FindLocked(communicationId);
+        if (found != nullptr) current_ = found;
+    }
+    if (former != nullptr) {
+        const OperationLog log(former->Log(), "SetCommunicationPort - ");
+        if (found != nullptr)
+            log.Progress("Communication ID will be setted to %d \n", communicationId);
+        else
+            log.Error("ID not found\n");
+    }
+    return found;
+}
+
+uint32_t PortTable::SetCommunicationPort(uint32_t communicationId)
+{
+    return Select(communicationId) == nullptr ? kPortNoSuchId : kPortOk;
+}
+
+template <typename Call>
+uint32_t PortTable::OnCurrent(Call call)
+{
+    PortRecord* record = nullptr;
+    {
+        const platform::LockHold hold(lock_);
+        record = current_;
+    }
+    return record == nullptr ? kPortMissing : call(*record);
+}
+
+uint32_t PortTable::InitEthTCP(const char* address, uint32_t port)
+{
+    return OnCurrent([=](PortRecord& record) { return record.InitEthTCP(address, port); });
+}
+
+uint32_t PortTable::SetEthTimeout(uint32_t sendMilliseconds, uint32_t receiveMilliseconds)
+{
+    return OnCurrent([=](PortRecord& record) { return record.SetEthTimeout(sendMilliseconds, receiveMilliseconds); });
+}
+
+uint32_t PortTable::SetPacketSize(uint32_t writeBytes, uint32_t readBytes)
+{
+    return OnCurrent([=](PortRecord& record) { return record.SetPacketSize(writeBytes, readBytes); });
+}
+
+uint32_t PortTable::Open()
+{
+    return OnCurrent([](PortRecord& record) { return record.Open(); });
+}
+
+uint32_t PortTable::Write(const uint8_t* buffer, uint16_t length)
+{
+    return OnCurrent([=](PortRecord& record) { return record.Write(buffer, length); });
+}
+
+uint32_t PortTable::Read(uint8_t* buffer, uint32_t size, uint32_t* count)
+{
+    return OnCurrent([=](PortRecord& record) { return record.Read(buffer, size, count); });
+}
+
+uint32_t PortTable::Clean(bool clearOutput, bool clearInput)
+{
+    return OnCurrent([=](PortRecord& record) { return record.Clean(clearOutput, clearInput); });
+}
+
+uint32_t PortTable::Close()
+{
+    return OnCurrent([](PortRecord& record) { return record.Close(); });
+}
+
+uint32_t PortTable::AdvSetSerialDTR(bool on)
+{
+    return OnCurrent([=](PortRecord& record) { return record.AdvSetSerialDTR(on); });
+}
+
+uint32_t PortTable::AdvSetSerialRTS(bool on)
+{
+    return OnCurrent([=](PortRecord& record) { return record.AdvSetSerialRTS(on); });
+}
+
+PortTable& ProcessPortTable()
+{
+    static PortTable& table = *new PortTable;
+    return table;
+}
+
+}  // namespace marbex::comm

@@ -1,0 +1,229 @@
+#include "comm/printer_port.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <future>
+#include <string>
+
+#include "comm/comm_log_file.h"
+#include "comm/scripted_socket.h"
+#include "platform/loopback_server.h"
+
+namespace marbex::comm {
+namespace {
+
+using marbex::testing::LoopbackPeer;
+using marbex::testing::LoopbackServer;
+using platform::TcpStatus;
+using platform::TcpTransfer;
+
+class EthernetPrinterPort : public ::testing::Test {
+protected:
+    EthernetPrinterPort()
+    {
+        port.SetPortType(kEthernet);
+        port.SetIpAddress("127.0.0.1");
+        port.SetTcpPort(server.Port());
+        port.SetTimeouts(10000, 10000);
+    }
+
+    void Open()
+    {
+        ASSERT_EQ(port.Open(), 0);
+        peer = server.Accept();
+    }
+
+    static const uint8_t* Bytes(const std::string& text) { return reinterpret_cast<const uint8_t*>(text.data()); }
+    std::string LogPath() const { return folder.File("COposComm1.log"); }
+
+    testing::TemporaryFolder folder;
+    testing::SocketScript script;
+    LoopbackServer server;
+    LoopbackPeer peer;
+    PortTable table{{.newTcpSocket = [this] { return std::make_unique<testing::ScriptedSocket>(script); }}};
+    CPrinterPort port{table};
+};
+
+TEST_F(EthernetPrinterPort, AnswersMinusOneUntilItIsOpen)
+{
+    uint8_t byte = 0;
+    uint16_t length = 1;
+    EXPECT_FALSE(port.IsOpen());
+    EXPECT_EQ(port.Write(&byte, 1), -1);
+    EXPECT_EQ(port.WriteByte(0), -1);
+    EXPECT_EQ(port.WriteText("x"), -1);
+    EXPECT_EQ(port.ReadByte(&byte), -1);
+    EXPECT_EQ(port.Read(&byte, &length), -1);
+    EXPECT_EQ(port.WriteSecondary(&byte, 1), -1);
+    EXPECT_EQ(port.CleanBoth(), 0);
+    EXPECT_EQ(port.CleanInput(), 0);
+    EXPECT_EQ(port.CleanOutput(), 0);
+    EXPECT_EQ(port.CleanBothAgain(), 0);
+    EXPECT_EQ(port.Close(), -1);
+    Open();
+    EXPECT_TRUE(port.IsOpen());
+    EXPECT_EQ(port.Open(), -1);
+    EXPECT_TRUE(port.IsOpen());
+    EXPECT_EQ(port.WriteSecondary(&byte, 1), 1);
+    EXPECT_EQ(port.Close(), 0);
+    EXPECT_EQ(port.Close(), -1);
+}
+
+TEST_F(EthernetPrinterPort, CarriesTextBytesAndReplies)
+{
+    Open();
+    EXPECT_EQ(port.WriteText("Total 1.00\n"), 0);
+    EXPECT_EQ(port.WriteByte(0), 0);
+    EXPECT_EQ(port.Write(Bytes("x"), 0), 0);
+    EXPECT_EQ(port.Write(Bytes("\x1D"
+                               "r"),
+                         2),
+              0);
+    EXPECT_EQ(peer.Read(14), std::string("Total 1.00\n\0\x1Dr", 14));
+    peer.Send("abc");
+    uint8_t buffer[8] = {};
+    EXPECT_EQ(port.ReadByte(buffer), 1);
+    EXPECT_EQ(buffer[0], 'a');
+    uint16_t length = 8;
+    EXPECT_EQ(port.Read(buffer, &length), 2);
+    EXPECT_EQ(length, 2);
+    peer.Finish();
+    EXPECT_EQ(port.ReadByte(buffer), -1);
+}
+
+// A 16-bit length would send only the remainder of 65536.
+TEST_F(EthernetPrinterPort, LongDataGoesOutWholeInPieces)
+{
+    Open();
+    std::string data(65536 + 1234, '\0');
+    for (std::size_t i = 0; i < data.size(); ++i)
+        data[i] = static_cast<char>(i % 251);
+    auto printer = std::async(std::launch::async, [&] { return peer.Read(data.size()); });
+    EXPECT_EQ(port.Write(Bytes(data), data.size()), 0);
+    EXPECT_TRUE(printer.get() == data);
+    EXPECT_EQ(script.sends, 32 + 32 + 2);
+
+    // The first piece that fails is the last one tried.
+    script.sends = 0;
+    script.send = [](int call) {
+        return call == 33 ? std::optional(TcpTransfer{TcpStatus::kFailed, 0}) : std::nullopt;
+    };
+    auto rest = std::async(std::launch::async, [&] { return peer.Read(32768); });
+    EXPECT_EQ(port.Write(Bytes(data), data.size()), 1);
+    EXPECT_EQ(rest.get(), data.substr(0, 32768));
+    EXPECT_EQ(script.sends, 33);
+}
+
+// The transport calls a short send a success. A receipt with a hole in it is none.
+TEST_F(EthernetPrinterPort, ShortSendIsAFailedWrite)
+{
+    Open();
+    script.send = [](int) { return std::optional(TcpTransfer{TcpStatus::kOk, 3}); };
+    EXPECT_EQ(port.WriteText("receipt"), 1);
+    EXPECT_EQ(port.WriteText("abc"), 0);
+}
+
+TEST_F(EthernetPrinterPort, WhatCannotBeOpenedFailsAndMayBeOpenedLater)
+{
+    const auto fails = [&] { return port.Open() == -1 && !port.IsOpen(); };
+    port.SetIpAddress("127.0.0.300");
+    EXPECT_TRUE(fails());
+    port.SetIpAddress("127.0.0.1");
+    port.SetTimeouts(0, 1000);
+    EXPECT_TRUE(fails());
+    port.SetTimeouts(10000, 10000);
+    script.connect = [](int) { return std::optional(false); };
+    EXPECT_TRUE(fails());
+    EXPECT_NE(table.Find(3), nullptr);  // the record of a failed open stays
+    port.SetPortType(3);
+    EXPECT_TRUE(fails());
+    EXPECT_EQ(table.Find(4), nullptr);  // an unknown kind of port does not even get a record
+    port.SetPortType(kEthernet);
+    script.connect = [](int) { return std::nullopt; };
+    Open();
+    EXPECT_NE(table.Find(4), nullptr);
+}
+
+TEST_F(EthernetPrinterPort, TimeoutsAboveTheRangeOfASocketAreCut)
+{
+    port.SetTimeouts(0xFFFFFFFF, 0x80000000);
+    Open();
+    EXPECT_EQ(port.WriteText("x"), 0);
+    EXPECT_EQ(script.sendTimeout, 0x7FFFFFFFU);
+    peer.Send("r");
+    uint8_t byte = 0;
+    EXPECT_EQ(port.ReadByte(&byte), 1);
+    EXPECT_EQ(script.receiveTimeout, 0x7FFFFFFFU);
+}
+
+TEST_F(EthernetPrinterPort, DestructionClosesTheLink)
+{
+    {
+        CPrinterPort shortLived(table);
+        shortLived.SetPortType(kEthernet);
+        shortLived.SetIpAddress("127.0.0.1");
+        shortLived.SetTcpPort(server.Port());
+        ASSERT_EQ(shortLived.Open(), 0);
+        peer = server.Accept();
+    }
+    EXPECT_EQ(peer.Read(1), "");
+}
+
+TEST_F(EthernetPrinterPort, ShortExchangeInTheLog)
+{
+    port.SetLog(1, 0, folder.Path(), 1);
+    Open();
+    port.CleanBoth();
+    EXPECT_EQ(port.WriteText("A\n"), 0);
+    peer.Send("\x12");
+    uint8_t byte = 0;
+    EXPECT_EQ(port.ReadByte(&byte), 1);
+    EXPECT_EQ(port.Close(), 0);
+    const std::string selected = "SetCommunicationPort -  Communication ID will be setted to 1 \n";
+    EXPECT_EQ(testing::ReadLog(LogPath()),
+              " =====================Log file succesfully created=====================\n"
+              "InitEthTCP -  Calling function in ethernet class\n"
+              "SetEthTimeout -  Calling function in ethernet class\n"
+              "CNuComEth::SetTimeoutEth -  Timeout values for ethernet communication setted to: "
+              "[send timeout, receive timeout] = [10000 , 10000 ]\n"
+              "SetPacketSize -  Calling function in ethernet class\n"
+              "CNuComEth::SetPacketEth -  Packets size setted; WRITE = 1024 bytes, READ = 256 bytes \n"
+              "Open -  Calling function in ethernet class\n"
+              "CNuComEth::OpenEth -  TCP connect successful with 127.0.0.1 \n" +
+                  selected + "AdvSetSerialDTR -  Serial function failed: a different com type has been setted\n" +
+                  selected + "AdvSetSerialRTS -  Serial function failed: a different com type has been setted\n" +
+                  selected + "Clean -  Clean not supported for ethernet com type\n" + selected +
+                  "Clean -  Clean not supported for ethernet com type\n" + selected +
+                  "Write -  Calling function in ethernet class\n"
+                  "CNuComEth::WriteTCP -  Bytes to send: 2, packet byte used:2\n"
+                  "CNuComEth::WriteTCP -  2 bytes to write:\n" +
+                  selected +
+                  "Read -  Calling function in ethernet class\n"
+                  "CNuComEth::ReadTCP -  Receive buffer size: 1, packet size setted:256, packet used for read:1 \n"
+                  "CNuComEth::ReadTCP -  1 bytes read:\n" +
+                  selected + "Close -  Calling function in ethernet class\n");
+}
+
+TEST_F(EthernetPrinterPort, ProfileChoosesWhatIsLoggedAndWhere)
+{
+    struct Row {
+        uint32_t level, selector;
+        bool file, dump;
+    };
+    for (const Row& row : {Row{0, 0, false, false}, Row{1, 0, true, false}, Row{2, 0, true, false},
+                           Row{3, 0, true, true}, Row{9, 0, true, true}, Row{3, 2, false, false}}) {
+        std::filesystem::remove(LogPath());
+        port.SetLog(row.level, row.selector, folder.Path() + "/", 1);
+        Open();
+        EXPECT_EQ(port.WriteByte(0x41), 0);
+        EXPECT_EQ(port.Close(), 0);
+        EXPECT_EQ(std::filesystem::exists(LogPath()), row.file) << row.level << row.selector;
+        const bool dumped =
+            testing::ReadLog(LogPath()).find("CNuComEth::WriteTCP -  SendBuffer[0x00]=0x41 \n") != std::string::npos;
+        EXPECT_EQ(dumped, row.dump) << row.level << row.selector;
+    }
+}
+
+}  // namespace
+}  // namespace marbex::comm

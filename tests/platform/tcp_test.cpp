@@ -1,0 +1,167 @@
+#include "platform/tcp.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "platform/loopback_server.h"
+
+namespace marbex::platform {
+namespace {
+
+using marbex::testing::kLoopback;
+using marbex::testing::LoopbackPeer;
+using marbex::testing::LoopbackServer;
+
+std::span<const std::byte> Bytes(std::string_view text)
+{
+    return std::as_bytes(std::span(text));
+}
+
+class Tcp : public ::testing::Test {
+protected:
+    void Connect()
+    {
+        ASSERT_TRUE(socket->Create());
+        ASSERT_TRUE(socket->Connect(kLoopback, server.Port(), 5000));
+        ASSERT_TRUE(socket->SetReceiveTimeout(10000));
+        peer = server.Accept();
+    }
+
+    TcpTransfer Receive(std::string& text)
+    {
+        text.assign(64, '\0');
+        const TcpTransfer got = socket->Receive(std::as_writable_bytes(std::span(text)));
+        text.resize(got.count);
+        return got;
+    }
+
+    LoopbackServer server;
+    LoopbackPeer peer;
+    std::unique_ptr<TcpSocket> socket = NewTcpSocket();
+};
+
+TEST(ParseIpv4, TakesFourNumbersAndNothingElse)
+{
+    EXPECT_EQ(ParseIpv4("192.168.0.1"), 0xC0A80001U);
+    EXPECT_EQ(ParseIpv4("255.255.255.255"), 0xFFFFFFFFU);
+    EXPECT_EQ(ParseIpv4("0.0.0.0"), 0U);
+    using namespace std::string_view_literals;
+    for (const auto text : {""sv, "192.168.0.300"sv, "192.168.0"sv, "192.168.0.1 "sv, "till.example"sv, "1.2.3.4\0x"sv})
+        EXPECT_FALSE(ParseIpv4(text)) << text;
+}
+
+TEST_F(Tcp, CarriesBytesBothWaysAndTellsTheEnd)
+{
+    Connect();
+    EXPECT_EQ(socket->Send(Bytes("print")).count, 5U);
+    EXPECT_EQ(peer.Read(5), "print");
+    peer.Send("ok");
+    std::string reply;
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kOk);
+    EXPECT_EQ(reply, "ok");
+    peer.Finish();
+    const TcpTransfer end = Receive(reply);
+    EXPECT_EQ(end.status, TcpStatus::kOk);
+    EXPECT_EQ(end.count, 0U);
+}
+
+TEST_F(Tcp, RefusedConnectionFailsAtOnceWithTheSystemsNumber)
+{
+    server.Stop();
+    ASSERT_TRUE(socket->Create());
+    EXPECT_FALSE(socket->Connect(kLoopback, server.Port(), 60000));
+    EXPECT_EQ(socket->LastError(), static_cast<uint32_t>(ECONNREFUSED));
+}
+
+// A printer that is switched off behind a switch: nobody answers at all. On the loopback a full queue does the same.
+TEST_F(Tcp, UnansweredConnectionEndsWithItsTimeLimit)
+{
+    LoopbackServer full(0, 0);
+    std::vector<std::unique_ptr<TcpSocket>> waiting;
+    bool answered = true;
+    std::chrono::steady_clock::duration took{};
+    while (answered && waiting.size() < 16) {
+        waiting.push_back(NewTcpSocket());
+        ASSERT_TRUE(waiting.back()->Create());
+        const auto start = std::chrono::steady_clock::now();
+        answered = waiting.back()->Connect(kLoopback, full.Port(), 200);
+        took = std::chrono::steady_clock::now() - start;
+    }
+    ASSERT_FALSE(answered);
+    EXPECT_EQ(waiting.back()->LastError(), static_cast<uint32_t>(ETIMEDOUT));
+    EXPECT_GE(took, std::chrono::milliseconds(200));
+    EXPECT_LT(took, std::chrono::seconds(5));
+}
+
+TEST_F(Tcp, SilenceIsAFailureAndNotAnAbort)
+{
+    Connect();
+    ASSERT_TRUE(socket->SetReceiveTimeout(20));
+    std::string reply;
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kFailed);
+    ASSERT_TRUE(socket->SetReceiveTimeout(0));  // not "for ever"
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kFailed);
+}
+
+TEST_F(Tcp, PrinterThatTakesNothingEndsASendWithItsTimeLimit)
+{
+    Connect();
+    ASSERT_TRUE(socket->SetSendTimeout(50));
+    const std::string block(1 << 20, 'x');
+    TcpTransfer sent;
+    for (int i = 0; i < 64; ++i) {
+        sent = socket->Send(Bytes(block));
+        if (sent.status != TcpStatus::kOk) break;
+    }
+    EXPECT_EQ(sent.status, TcpStatus::kFailed);
+}
+
+TEST_F(Tcp, ResetIsAnAbortOnReadAndOnWrite)
+{
+    Connect();
+    peer.Reset();
+    std::string reply;
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kAborted);
+    EXPECT_EQ(socket->Send(Bytes("x")).status, TcpStatus::kAborted);  // and no signal
+}
+
+// The first send after the printer dropped an idle connection used to be accepted here and lost there.
+TEST_F(Tcp, SendOnAConnectionThatThePrinterEndedIsAnAbort)
+{
+    Connect();
+    peer.Finish();
+    std::string reply;
+    ASSERT_EQ(Receive(reply).count, 0U);  // the end has arrived
+    EXPECT_EQ(socket->Send(Bytes("receipt")).status, TcpStatus::kAborted);
+}
+
+TEST_F(Tcp, DiscardsWhatHasArrivedAndNothingLater)
+{
+    Connect();
+    peer.Send("older");
+    std::string reply(1, '\0');
+    ASSERT_EQ(socket->Receive(std::as_writable_bytes(std::span(reply))).count, 1U);
+    socket->DiscardInput();
+    peer.Send("new");
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kOk);
+    EXPECT_EQ(reply, "new");
+}
+
+TEST_F(Tcp, MakesAnewAfterClosing)
+{
+    EXPECT_FALSE(socket->Close());
+    Connect();
+    EXPECT_TRUE(socket->Close());
+    EXPECT_FALSE(socket->Close());
+    EXPECT_EQ(peer.Read(1), "");
+    Connect();
+    EXPECT_EQ(socket->Send(Bytes("again")).count, 5U);
+    EXPECT_EQ(peer.Read(5), "again");
+}
+
+}  // namespace
+}  // namespace marbex::platform
