@@ -27,7 +27,8 @@ std::u16string WidenAnsi(std::string_view text);
 // single-byte pages and UTF-8 a call takes no lock and asks nothing of the system.
 void WidenAnsi(std::string_view text, std::u16string& wide);
 
-// UTF-16 to the ANSI code page; what it does not hold becomes "?".
+// UTF-16 to the ANSI code page; every unit that it does not hold becomes "?", two for a character above U+FFFF. The C1
+// controls that stand for undefined bytes become these bytes again.
 std::string NarrowAnsi(std::u16string_view text);
 
 std::string Utf8FromUtf16(std::u16string_view text);  // unpaired surrogates become U+FFFD
@@ -35,7 +36,8 @@ std::u16string Utf16FromUtf8(std::string_view text);  // malformed sequences bec
 
 enum class CodePageResult { kOk, kUnmappable, kUnknownCodePage };
 
-// One run of UTF-16 into a code page, strictly: anything the page cannot hold gives kUnmappable and leaves bytes alone.
+// Appends one run of UTF-16 to bytes in a code page, strictly: anything the page does not hold gives kUnmappable and
+// leaves bytes alone. Below 100 ns a character, so that it can be asked one character at a time.
 CodePageResult ToCodePage(uint32_t codePage, std::u16string_view text, std::string& bytes);
 
 }  // namespace marbex::platform

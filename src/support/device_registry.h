@@ -23,7 +23,7 @@ public:
     virtual bool GetDeviceName(std::size_t Index, std::string& Name) const;
     virtual void EnumerateDevices();
     virtual bool ServiceKeyExists() const;
-    virtual bool CreateDeviceKey();  // of the selected device; false without one
+    virtual bool CreateDeviceKey();                            // of the selected device; false without one
     virtual bool DeviceExists(const std::string& Name) const;  // in the list as enumerated last
     virtual bool CreateNewDevice(std::string& Name);  // "Marbex POS Printer", or the first free "Marbex POS Printer(n)"
     virtual bool DeleteDevice(const std::string& Name);
@@ -33,6 +33,9 @@ public:
     virtual bool DeleteLogicalNames();
 
 private:
+    std::string KeyOf(const std::string& device) const;
+    void Select(const std::string& device);
+
     platform::Registry& registry_;
     std::string selectedName_;
     std::string serviceKey_;

@@ -1,0 +1,107 @@
+#include <algorithm>
+#include <array>
+#include <atomic>
+
+#include "platform/lock.h"
+#include "platform/posix/code_page.h"
+#include "platform/posix/iconv_handle.h"
+
+namespace marbex::platform {
+
+namespace {
+
+struct KnownPage {
+    uint32_t number;
+    const char* iconvName;
+};
+
+constexpr uint32_t kUtf8Number = 65001;
+constexpr uint32_t kWesternNumber = 1252;
+
+// In the order of their numbers.
+constexpr auto kKnownPages = std::to_array<KnownPage>({
+    {437, "CP437"},         {720, "CP720"},         {737, "CP737"},         {775, "CP775"},
+    {850, "CP850"},         {852, "CP852"},         {855, "CP855"},         {857, "CP857"},
+    {858, "CP858"},         {860, "CP860"},         {861, "CP861"},         {862, "CP862"},
+    {863, "CP863"},         {864, "CP864"},         {865, "CP865"},         {866, "CP866"},
+    {869, "CP869"},         {874, "WINDOWS-874"},   {932, "CP932"},         {936, "CP936"},
+    {949, "UHC"},           {950, "CP950"},         {1250, "CP1250"},       {1251, "CP1251"},
+    {1252, "CP1252"},       {1253, "CP1253"},       {1254, "CP1254"},       {1255, "CP1255"},
+    {1256, "CP1256"},       {1257, "CP1257"},       {1258, "CP1258"},       {1361, "CP1361"},
+    {10000, "MACINTOSH"},   {10007, "CP10007"},     {20127, "US-ASCII"},    {20866, "KOI8-R"},
+    {21866, "KOI8-U"},      {28591, "ISO-8859-1"},  {28592, "ISO-8859-2"},  {28593, "ISO-8859-3"},
+    {28594, "ISO-8859-4"},  {28595, "ISO-8859-5"},  {28596, "ISO-8859-6"},  {28597, "ISO-8859-7"},
+    {28598, "ISO-8859-8"},  {28599, "ISO-8859-9"},  {28600, "ISO-8859-10"}, {28601, "ISO-8859-11"},
+    {28603, "ISO-8859-13"}, {28604, "ISO-8859-14"}, {28605, "ISO-8859-15"}, {28606, "ISO-8859-16"},
+    {51932, "EUC-JP"},      {51936, "EUC-CN"},      {51949, "EUC-KR"},      {54936, "GB18030"},
+    {65001, nullptr},
+});
+
+// 1252 has a table of its own, so that there is a page to fall back to on a system with no conversion installed.
+// From the Unicode Consortium's VENDORS/MICSFT/WINDOWS/CP1252.TXT, bytes 0x80 to 0x9F; the others stand for themselves.
+constexpr char16_t kWestern[32] = {0x20AC, kUndefinedUnit, 0x201A,         0x0192, 0x201E, 0x2026, 0x2020,
+                                   0x2021, 0x02C6,         0x2030,         0x0160, 0x2039, 0x0152, kUndefinedUnit,
+                                   0x017D, kUndefinedUnit, kUndefinedUnit, 0x2018, 0x2019, 0x201C, 0x201D,
+                                   0x2022, 0x2013,         0x2014,         0x02DC, 0x2122, 0x0161, 0x203A,
+                                   0x0153, kUndefinedUnit, 0x017E,         0x0178};
+
+std::unique_ptr<CodePage> MakeWesternPage()
+{
+    char16_t widen[256];
+    for (unsigned byte = 0; byte < 256; ++byte)
+        widen[byte] = static_cast<char16_t>(byte);
+    std::copy(std::begin(kWestern), std::end(kWestern), widen + 0x80);
+    return MakeSingleBytePage(widen);
+}
+
+std::unique_ptr<CodePage> MakeIconvPage(const char* name)
+{
+    IconvHandle toUtf16("UTF-16LE", name);
+    if (!toUtf16.IsOpen()) return nullptr;
+    char16_t single[256];
+    bool hasLeadBytes = false;
+    for (unsigned value = 0; value < 256; ++value) {
+        const auto byte = static_cast<unsigned char>(value);
+        char16_t room[4];
+        std::size_t used = 0;
+        const int error = toUtf16.Convert(&byte, 1, room, sizeof room, used);
+        hasLeadBytes = hasLeadBytes || error == EINVAL;
+        single[value] = error == 0 && used == sizeof(char16_t) ? room[0] : kUndefinedUnit;
+    }
+    return hasLeadBytes ? MakeMultiBytePage(name, single) : MakeSingleBytePage(single);
+}
+
+std::unique_ptr<CodePage> MakePage(const KnownPage& page)
+{
+    if (page.number == kUtf8Number) return MakeUtf8Page();
+    if (page.number == kWesternNumber) return MakeWesternPage();
+    return MakeIconvPage(page.iconvName);
+}
+
+struct Slot {
+    std::atomic<const CodePage*> page{nullptr};
+    std::atomic<bool> tried{false};  // set after page
+};
+
+}  // namespace
+
+const CodePage* FindCodePage(uint32_t number)
+{
+    static std::array<Slot, kKnownPages.size()> slots;
+    static Lock making;
+
+    const auto known = std::lower_bound(kKnownPages.begin(), kKnownPages.end(), number,
+                                        [](const KnownPage& page, uint32_t wanted) { return page.number < wanted; });
+    if (known == kKnownPages.end() || known->number != number) return nullptr;
+    Slot& slot = slots[static_cast<std::size_t>(known - kKnownPages.begin())];
+    if (!slot.tried.load(std::memory_order_acquire)) {
+        const LockHold hold(making);
+        if (!slot.tried.load(std::memory_order_relaxed)) {
+            slot.page.store(MakePage(*known).release(), std::memory_order_relaxed);
+            slot.tried.store(true, std::memory_order_release);
+        }
+    }
+    return slot.page.load(std::memory_order_relaxed);
+}
+
+}  // namespace marbex::platform
