@@ -22,19 +22,17 @@ public:
         std::copy(std::begin(single), std::end(single), single_);
     }
 
-    void Widen(std::string_view text, std::u16string& wide, std::u32string* offsets) const override
+    void Widen(std::string_view text, std::u16string& wide) const override
     {
-        for (std::size_t i = 0; i < text.size();) {
-            const std::size_t before = wide.size();
+        while (!text.empty()) {
             std::size_t length = 1;
-            const char16_t unit = single_[static_cast<unsigned char>(text[i])];
+            const char16_t unit = single_[static_cast<unsigned char>(text.front())];
             if (unit != kUndefinedUnit) {
                 wide += unit;
             } else {
-                length = WidenLong(text.substr(i, kLongestCharacter), wide);
+                length = WidenLong(text.substr(0, kLongestCharacter), wide);
             }
-            if (offsets != nullptr) offsets->append(wide.size() - before, static_cast<char32_t>(i));
-            i += length;
+            text.remove_prefix(length);
         }
     }
 

@@ -22,16 +22,13 @@ public:
                          [](const auto& one, const auto& other) { return one.first < other.first; });
     }
 
-    void Widen(std::string_view text, std::u16string& wide, std::u32string* offsets) const override
+    void Widen(std::string_view text, std::u16string& wide) const override
     {
         const std::size_t start = wide.size();
         wide.resize(start + text.size());
         for (std::size_t i = 0; i < text.size(); ++i) {
             wide[start + i] = widen_[static_cast<unsigned char>(text[i])];
         }
-        if (offsets == nullptr) return;
-        for (std::size_t i = 0; i < text.size(); ++i)
-            offsets->push_back(static_cast<char32_t>(i));
     }
 
     bool Append(char32_t character, std::string& bytes) const override

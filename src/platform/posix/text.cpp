@@ -64,13 +64,13 @@ void LoadAnsiCodePage(const Registry& registry)
 std::u16string WidenAnsi(std::string_view text)
 {
     std::u16string wide;
-    AnsiPage().Widen(text, wide, nullptr);
+    AnsiPage().Widen(text, wide);
     return wide;
 }
 
-void WidenAnsi(std::string_view text, std::u16string& wide, std::u32string& offsets)
+void WidenAnsi(std::string_view text, std::u16string& wide)
 {
-    AnsiPage().Widen(text, wide, &offsets);
+    AnsiPage().Widen(text, wide);
 }
 
 std::string NarrowAnsi(std::u16string_view text)
