@@ -1,0 +1,174 @@
+#include "platform/registry.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "platform/files.h"
+#include "temp_registry.h"
+
+namespace marbex::platform {
+namespace {
+
+using tests::TempRegistry;
+using Names = std::vector<std::string>;
+
+RegistryValue Text(std::string name, std::string text)
+{
+    return {std::move(name), RegistryType::kSz, std::move(text)};
+}
+
+std::string debugOutput;
+
+TEST(SystemRegistry, KeysAndValues)
+{
+    const TempRegistry file;
+    Registry& registry = SystemRegistry();
+    EXPECT_TRUE(registry.KeyExists(""));
+    EXPECT_EQ(registry.Subkeys(""), Names{});
+    EXPECT_FALSE(registry.Values("SOFTWARE"));
+
+    ASSERT_TRUE(registry.CreateKey("SOFTWARE\\Vendor\\One")) << registry.LastProblem();
+    ASSERT_TRUE(registry.CreateKey("software\\vendor\\Two"));
+    EXPECT_TRUE(registry.CreateKey("SOFTWARE\\VENDOR\\ONE"));
+    EXPECT_EQ(registry.Subkeys("Software"), Names{"Vendor"});
+    EXPECT_EQ(registry.Subkeys("SOFTWARE\\vendor"), (Names{"One", "Two"}));
+
+    EXPECT_TRUE(registry.SetValue("SOFTWARE\\Vendor\\One", Text("Name", "first")));
+    EXPECT_TRUE(registry.SetValue("SOFTWARE\\Vendor\\One", Text("", "default")));
+    EXPECT_TRUE(registry.SetValue("software\\vendor\\one", Text("NAME", "line\nline")));
+    EXPECT_EQ(registry.Value("SOFTWARE\\Vendor\\One", "name")->data, "line\nline");
+    EXPECT_EQ(registry.Values("SOFTWARE\\Vendor\\One")->size(), 2u);
+    EXPECT_FALSE(registry.SetValue("SOFTWARE\\Missing", Text("a", "b")));
+    EXPECT_NE(registry.LastProblem().find("SOFTWARE\\Missing"), std::string::npos);
+
+    EXPECT_TRUE(registry.DeleteValue("SOFTWARE\\Vendor\\One", "nAmE"));
+    EXPECT_FALSE(registry.DeleteValue("SOFTWARE\\Vendor\\One", "nAmE"));
+    EXPECT_TRUE(registry.DeleteKey("SOFTWARE\\Vendor\\One"));
+    EXPECT_TRUE(registry.DeleteKey("SOFTWARE\\Vendor\\Two"));
+    EXPECT_FALSE(registry.DeleteKey("SOFTWARE\\Vendor\\Two"));
+    EXPECT_TRUE(registry.KeyExists("SOFTWARE\\Vendor")) << "a key goes with its parent";
+    EXPECT_FALSE(registry.DeleteKey(""));
+    EXPECT_FALSE(registry.CreateKey("SOFTWARE\\a\nb"));
+}
+
+TEST(SystemRegistry, BrokenFileIsReportedAndNeverOverwritten)
+{
+    const TempRegistry file;
+    const std::string broken = "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\A]\n\"Port\"=9100\n";
+    file.WriteRaw(broken);
+    debugOutput.clear();
+    CaptureDebugOutput([](std::string_view text) { debugOutput += text; });
+    Registry& registry = SystemRegistry();
+    EXPECT_FALSE(registry.KeyExists("A"));
+    EXPECT_FALSE(registry.Values(""));
+    EXPECT_TRUE(registry.LastProblem().starts_with(file.File() + ":4: ")) << registry.LastProblem();
+    EXPECT_FALSE(registry.CreateKey("B"));
+    EXPECT_TRUE(registry.LastProblem().starts_with(file.File() + ":4: ")) << registry.LastProblem();
+    EXPECT_FALSE(registry.DeleteKey("A"));
+    EXPECT_EQ(file.Contents(), broken);
+    CaptureDebugOutput(nullptr);
+    // Told once, not at every call, to who watches the debugger's output.
+    EXPECT_EQ(debugOutput.find(file.File() + ":4: "), debugOutput.rfind(file.File() + ":4: ")) << debugOutput;
+    EXPECT_NE(debugOutput.find(":4: "), std::string::npos);
+
+    file.Write("[HKEY_LOCAL_MACHINE\\A]\n");
+    EXPECT_TRUE(registry.KeyExists("A"));
+    EXPECT_EQ(registry.LastProblem(), "");
+}
+
+TEST(SystemRegistry, SeesEveryChangeMadeByHand)
+{
+    const TempRegistry file;
+    Registry& registry = SystemRegistry();
+    // Files of one size, written in place one after the other within one step of the file system's clock.
+    for (int i = 100; i < 200; ++i) {
+        file.Write("[HKEY_LOCAL_MACHINE\\A]\n\"v\"=\"" + std::to_string(i) + "\"\n");
+        ASSERT_EQ(registry.Value("A", "v")->data, std::to_string(i));
+    }
+}
+
+TEST(SystemRegistry, KeepsPermissionsLinksAndOtherHives)
+{
+    const TempRegistry file("[HKEY_CURRENT_USER\\Mine]\n\"x\"=hex(2):25,00,00,00\n\n[HKEY_LOCAL_MACHINE\\A]\n");
+    const std::string real = file.Folder() + "/real.reg";
+    ASSERT_EQ(rename(file.File().c_str(), real.c_str()), 0);
+    ASSERT_EQ(symlink(real.c_str(), file.File().c_str()), 0);
+    ASSERT_EQ(chmod(real.c_str(), 0640), 0);
+    ASSERT_TRUE(SystemRegistry().SetValue("A", Text("n", "1"))) << SystemRegistry().LastProblem();
+
+    struct stat status {};
+    ASSERT_EQ(lstat(file.File().c_str(), &status), 0);
+    EXPECT_TRUE(S_ISLNK(status.st_mode));
+    ASSERT_EQ(stat(real.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+    EXPECT_NE(file.Contents().find("[HKEY_CURRENT_USER\\Mine]\n\"x\"=hex(2):25,00,00,00\n"), std::string::npos);
+}
+
+TEST(SystemRegistry, WritersOfTwoProcessesLoseNothing)
+{
+    const TempRegistry file("[HKEY_LOCAL_MACHINE\\A]\n");
+    constexpr int kEach = 60;
+    const auto writeAll = [](const char* prefix) {
+        for (int i = 0; i < kEach; ++i) {
+            if (!SystemRegistry().SetValue("A", Text(prefix + std::to_string(i), "x"))) return false;
+            if (!SystemRegistry().CreateKey("A\\" + std::string(prefix) + std::to_string(i))) return false;
+        }
+        return true;
+    };
+    const pid_t child = fork();
+    if (child == 0) _exit(writeAll("child") ? 0 : 1);
+    ASSERT_GT(child, 0);
+    bool other = false;
+    std::thread thread([&] { other = writeAll("thread"); });
+    EXPECT_TRUE(writeAll("parent")) << SystemRegistry().LastProblem();
+    thread.join();
+    EXPECT_TRUE(other);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+
+    EXPECT_EQ(SystemRegistry().Values("A")->size(), 3u * kEach);
+    EXPECT_EQ(SystemRegistry().Subkeys("A")->size(), 3u * kEach);
+}
+
+TEST(SystemRegistry, ReadsWhileOthersWriteSeeWholeFiles)
+{
+    const TempRegistry file("[HKEY_LOCAL_MACHINE\\A]\n\"n\"=\"0\"\n");
+    std::atomic<bool> done = false;
+    std::thread reader([&] {
+        while (!done) {
+            const auto value = SystemRegistry().Value("A", "n");
+            ASSERT_TRUE(value) << SystemRegistry().LastProblem();
+        }
+    });
+    for (int i = 1; i <= 50; ++i)
+        ASSERT_TRUE(SystemRegistry().SetValue("A", Text("n", std::string(i * 100u, 'x'))));
+    done = true;
+    reader.join();
+}
+
+TEST(SystemRegistry, FirstWriteMakesFolderAndFile)
+{
+    const TempRegistry file;
+    const std::string deep = file.Folder() + "/not/there/registry.reg";
+    setenv("MARBEX_OPOS_REGISTRY", deep.c_str(), 1);
+    ASSERT_TRUE(SystemRegistry().CreateKey("SOFTWARE")) << SystemRegistry().LastProblem();
+    EXPECT_EQ(file.ContentsBelow("not/there/registry.reg"),
+              "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE]\n");
+}
+
+TEST(SameName, IgnoresCaseButNotAccents)
+{
+    EXPECT_TRUE(SameName("Kasse \xC3\x96st", "kASSE \xC3\xB6ST"));
+    EXPECT_TRUE(SameName("\xD0\x9A\xD0\xB0\xD1\x81\xD1\x81\xD0\xB0", "\xD0\xBA\xD0\x90\xD0\xA1\xD0\xA1\xD0\x90"));
+    EXPECT_TRUE(SameName("\xCE\xA4\xCE\x91\xCE\x9C", "\xCF\x84\xCE\xB1\xCE\xBC"));
+    EXPECT_FALSE(SameName("Ost", "\xC3\x96st"));
+    EXPECT_FALSE(SameName("Till1", "Till1 "));
+}
+
+}  // namespace
+}  // namespace marbex::platform
