@@ -1,0 +1,135 @@
+#include "support/service_log.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <regex>
+#include <thread>
+#include <vector>
+
+#include "platform/files.h"
+#include "temp_registry.h"
+
+namespace marbex::support {
+namespace {
+
+using tests::TempRegistry;
+
+constexpr const char* kStamp = R"(\[\d{4}/\d\d/\d\d \d\d:\d\d:\d\d:\d{4}\])";
+constexpr const char* kFile = "drive_c/SOLogFile1.txt";
+
+std::vector<std::string> LinesOf(const std::string& contents)
+{
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < contents.size();) {
+        const std::size_t end = contents.find("\r\n", at);
+        lines.push_back(contents.substr(at, end - at));
+        if (end == std::string::npos) break;
+        at = end + 2;
+    }
+    return lines;
+}
+
+TEST(ServiceLog, WritesStampedLinesAndKeepsEarlierOnes)
+{
+    const TempRegistry registry;
+    LogWrite("[Early] dropped");
+    LogOpen("C:", 1, 0, 1);
+    LogWrite("[TalisPOSPrinter] PrintNormal Begin (%d, %s)", 2, "ABC");
+    LogOpen("C:", 1, 0, 1);
+    const char* volatile none = nullptr;  // volatile: a compiler that sees the null refuses the call
+    LogWrite("[OpenService] %s", none);
+    LogClose();
+    LogWrite("[Late] dropped");
+    const std::regex expected(std::string(kStamp) + R"(\[TalisPOSPrinter\] PrintNormal Begin \(2, ABC\)\r\n)" + kStamp +
+                              R"(\[OpenService\] \(null\)\r\n)");
+    EXPECT_TRUE(std::regex_match(registry.ContentsBelow(kFile), expected)) << registry.ContentsBelow(kFile);
+}
+
+TEST(ServiceLog, CutsLinesAt124Characters)
+{
+    const TempRegistry registry;
+    LogOpen("C:\\", 1, 0, 1);
+    for (const std::size_t length : {98u, 99u, 100u, 300u, 70000u})
+        LogWrite("%s", std::string(length, 'x').c_str());
+    LogClose();
+    std::vector<std::size_t> lengths;
+    for (const std::string& line : LinesOf(registry.ContentsBelow(kFile)))
+        lengths.push_back(line.size());
+    EXPECT_EQ(lengths, (std::vector<std::size_t>{124, 124, 124, 124, 124}));
+
+    LogOpen(registry.Folder(), 1, 0, 2);
+    LogWrite("%s", std::string(97, 'x').c_str());
+    LogClose();
+    EXPECT_EQ(registry.ContentsBelow("SOLogFile2.txt").size(), 26u + 97u + 2u);
+}
+
+TEST(ServiceLog, LevelChoosesTheDebugger)
+{
+    const TempRegistry registry;
+    static std::string captured;
+    captured.clear();
+    platform::CaptureDebugOutput([](std::string_view text) {
+        captured += text;
+        // A debugger's reader may itself log or close the log: no lock is held while it is told.
+        if (captured.size() < 200) LogClose();
+    });
+    LogOpen("C:", 1, 2, 1);
+    LogWrite("[A] one");
+    LogOpen("C:", 0, 2, 1);
+    LogWrite("[A] two");
+    platform::CaptureDebugOutput(nullptr);
+    EXPECT_TRUE(std::regex_match(captured, std::regex(std::string(kStamp) + R"(\[A\] one\r\n)"))) << captured;
+    EXPECT_FALSE(std::filesystem::exists(registry.Folder() + "/" + kFile));
+}
+
+TEST(ServiceLog, AFolderThatIsMissingLosesTheLinesOnly)
+{
+    const TempRegistry registry;
+    LogOpen("C:\\missing", 1, 0, 1);
+    LogWrite("[A] lost");
+    LogOpen("C:", 1, 0, 1);
+    LogWrite("[A] kept");
+    LogClose();
+    EXPECT_EQ(LinesOf(registry.ContentsBelow(kFile)).size(), 1u);
+}
+
+// A spool thread that logs while the application closes the device must neither write into a closed file nor tear a
+// line.
+TEST(ServiceLog, ThreadsWriteWhileItIsSwitched)
+{
+    const TempRegistry registry;
+    constexpr int kThreads = 4;
+    constexpr int kLines = 500;
+    LogOpen("C:", 1, 0, 1);
+    std::vector<std::thread> threads;
+    std::atomic<int> running = kThreads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([t, &running] {
+            for (int i = 0; i < kLines; ++i)
+                LogWrite("[T%d] %s", t, std::string(60, static_cast<char>('a' + t)).c_str());
+            --running;
+        });
+    }
+    while (running > 0) {
+        LogClose();
+        LogOpen("C:", 1, 0, 1);
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    LogWrite("[last]");
+    LogClose();
+
+    const std::vector<std::string> lines = LinesOf(registry.ContentsBelow(kFile));
+    for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
+        const std::string& line = lines[i];
+        ASSERT_EQ(line.size(), 26u + 5u + 60u) << line;
+        const char letter = static_cast<char>('a' + (line[28] - '0'));
+        ASSERT_EQ(line.substr(31), std::string(60, letter));
+    }
+    EXPECT_TRUE(lines.back().ends_with("[last]"));
+    EXPECT_GT(lines.size(), 1u);
+}
+
+}  // namespace
+}  // namespace marbex::support
