@@ -1,0 +1,195 @@
+// The three job lists: filling, clearing, and the transaction. hMutexQueue guards them all, and the list of records that
+// are being executed, which a clear marks so that they are not attempted again.
+
+#include <algorithm>
+
+#include "spooler/print_spooler.h"
+#include "support/service_log.h"
+
+namespace marbex::spooler {
+
+using platform::MutexHold;
+using support::LogWrite;
+
+namespace {
+
+// The process draws its transaction numbers from one counter; 0 means that none is open.
+std::atomic<uint32_t> transactionCounter{0};
+
+uint32_t NextTransactionNumber()
+{
+    uint32_t number = ++transactionCounter;
+    while (number == 0) number = ++transactionCounter;
+    return number;
+}
+
+}  // namespace
+
+bool CPrintSpooler::IsQueueEmpty()
+{
+    LogWrite("[%s] --- IsQueueEmpty Begin", traits.tag);
+    bool empty = false;
+    {
+        MutexHold hold(*hMutexQueue);
+        empty = asyncList.empty();
+    }
+    LogWrite("[%s] --- IsQueueEmpty End", traits.tag);
+    return empty;
+}
+
+void CPrintSpooler::Enqueue(std::shared_ptr<CSpoolJob> job)
+{
+    {
+        MutexHold hold(*hMutexQueue);
+        asyncList.push_back(std::move(job));
+    }
+    DataInQueue->Set();
+}
+
+int32_t CPrintSpooler::Clear()
+{
+    LogWrite("[%s] --- Clear Begin", traits.tag);
+    ClearInProgressList();
+    ClearAsyncList();
+    ClearTransactionList();
+    ClearTransaction();
+    LogWrite("[%s] --- Clear End", traits.tag);
+    return 0;
+}
+
+void CPrintSpooler::CancelExecuting()
+{
+    for (CSpoolJob* job : executing_) job->cancelled = true;
+    pauseEnded_->Set();
+}
+
+void CPrintSpooler::ClearInProgressList()
+{
+    LogWrite("[%s] --- ClearInProgressList Begin", traits.tag);
+    JobList removed;
+    {
+        MutexHold hold(*hMutexQueue);
+        removed.swap(inProgressList);
+        for (const auto& job : removed) job->cancelled = true;
+        CancelExecuting();
+    }
+    removed.clear();
+    LogWrite("[%s] --- ClearInProgressList End", traits.tag);
+}
+
+void CPrintSpooler::ClearAsyncList()
+{
+    LogWrite("[%s] --- ClearAsyncList Begin", traits.tag);
+    JobList removed;
+    {
+        MutexHold hold(*hMutexQueue);
+        removed.swap(asyncList);
+    }
+    removed.clear();
+    LogWrite("[%s] --- ClearAsyncList End", traits.tag);
+}
+
+void CPrintSpooler::ClearTransactionList()
+{
+    LogWrite("[%s] --- ClearTransactionList Begin", traits.tag);
+    JobList removed;
+    {
+        MutexHold hold(*hMutexQueue);
+        removed.swap(transactionList);
+    }
+    removed.clear();
+    LogWrite("[%s] --- ClearTransactionList End", traits.tag);
+}
+
+int32_t CPrintSpooler::BeginTransaction()
+{
+    LogWrite("[%s] --- BeginTransaction Begin", traits.tag);
+    {
+        MutexHold hold(*hMutexQueue);
+        if (transactionNumber.load() == 0) ++transactionSerial_;
+        transactionNumber = NextTransactionNumber();
+    }
+    LogWrite("[%s] --- BeginTransaction End", traits.tag);
+    return 0;
+}
+
+int32_t CPrintSpooler::ClearTransaction()
+{
+    LogWrite("[%s] --- ClearTransaction Begin", traits.tag);
+    ClearTransactionList();
+    transactionNumber = 0;
+    LogWrite("[%s] --- ClearTransaction End", traits.tag);
+    return 0;
+}
+
+bool CPrintSpooler::JoinTransaction(std::shared_ptr<CSpoolJob>& job)
+{
+    MutexHold hold(*hMutexQueue);
+    // The spool thread may have taken the transaction since the caller looked.
+    if (transactionNumber.load() == 0) return false;
+    LogWrite("[%s] --- AddJob Transaction IN PROGRESS...", traits.tag);
+    const int32_t normal = Number(JobMeaning::kPrintNormal);
+    if (!transactionList.empty() && transactionList.back()->type == normal && job->type == normal) {
+        LogWrite("[%s] --- AddJob Transaction IN PROGRESS Chain Together Data", traits.tag);
+        transactionList.back()->text += job->text;
+        job.reset();
+    } else {
+        LogWrite("[%s] --- AddJob Transaction IN PROGRESS PUT in Queue", traits.tag);
+        transactionList.push_back(std::move(job));
+    }
+    return true;
+}
+
+void CPrintSpooler::DropWhatIsLeft()
+{
+    bool inProgress = false;
+    bool queued = false;
+    bool collected = false;
+    {
+        MutexHold hold(*hMutexQueue);
+        inProgress = !inProgressList.empty();
+        queued = !asyncList.empty();
+        collected = !transactionList.empty();
+    }
+    // Only where something is dropped, so that the log says so.
+    if (inProgress) ClearInProgressList();
+    if (queued) ClearAsyncList();
+    if (collected) ClearTransactionList();
+}
+
+void CPrintSpooler::BeginExecuting(CSpoolJob& job)
+{
+    MutexHold hold(*hMutexQueue);
+    executing_.push_back(&job);
+}
+
+void CPrintSpooler::EndExecuting(CSpoolJob& job)
+{
+    MutexHold hold(*hMutexQueue);
+    // One entry only: a job of a transaction is entered by the transaction and again by each of its attempts.
+    const auto entry = std::find(executing_.begin(), executing_.end(), &job);
+    if (entry != executing_.end()) executing_.erase(entry);
+}
+
+bool CPrintSpooler::MoveHeadToInProgress()
+{
+    MutexHold hold(*hMutexQueue);
+    if (asyncList.empty()) return false;
+    inProgressList.push_back(std::move(asyncList.front()));
+    asyncList.pop_front();
+    return true;
+}
+
+std::shared_ptr<CSpoolJob> CPrintSpooler::HeadInProgress()
+{
+    MutexHold hold(*hMutexQueue);
+    return inProgressList.empty() ? nullptr : inProgressList.front();
+}
+
+void CPrintSpooler::RemoveFromInProgress(const CSpoolJob& job)
+{
+    MutexHold hold(*hMutexQueue);
+    if (!inProgressList.empty() && inProgressList.front().get() == &job) inProgressList.pop_front();
+}
+
+}  // namespace marbex::spooler

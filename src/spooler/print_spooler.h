@@ -1,0 +1,169 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/clock.h"
+#include "platform/kernel.h"
+#include "printer/printer_encoder.h"
+#include "printer/printer_status.h"
+#include "spooler/application_thread.h"
+#include "spooler/job_numbering.h"
+#include "spooler/spool_job.h"
+
+namespace marbex::spooler {
+
+// What the spooler tells the device.
+inline constexpr int32_t CB_PRINTERROR = 0;     // argument1: const PrinterStatus*, argument2: output identifier
+inline constexpr int32_t CB_STATUSCHANGE = 1;   // argument1: const PrinterStatus*, argument2: full status or 0
+inline constexpr int32_t CB_BEGINPRINTJOB = 2;  // argument2: output identifier
+inline constexpr int32_t CB_JOBCOMPLETE = 3;    // argument2: output identifier
+inline constexpr int32_t CB_IDLE = 4;
+
+// Results: 0, kBusy, or an OPOS result code in the low and its extended code in the high 16 bits.
+inline constexpr int32_t kBusy = -1;
+inline constexpr int32_t kCoverOpenResult = 0x00C90072;   // 114 with 201
+inline constexpr int32_t kPaperEmptyResult = 0x00CB0072;  // 114 with 203
+
+// Option bit of Open: a failed status query counts as a printer error.
+inline constexpr uint32_t kOptionSignalFailedQuery = 0x2;
+
+// What differs between the spoolers of the models; the tag is the class name that the log shows.
+struct SpoolerTraits {
+    const char* tag = "CPrintSpoolerTalis";
+    JobNumbering numbering = JobNumbering::kReference;
+    bool textHasModePrefix = false;  // ESC "!" n in front of every text
+    bool logsCastWidth = true;       // of a barcode
+    bool reportsFullStatus = false;  // CB_STATUSCHANGE carries the four full-status bytes
+};
+
+// The print spooler of one device: takes validated output and prints it at once on the caller's thread (synchronous mode),
+// on its own spool thread (asynchronous mode) or collected as one transaction, and watches the printer when it is idle.
+//
+// Any thread may call it; a second AddJob at the same time is refused with kBusy. Lock order: hSyncSemaphore, hMutexPrinter,
+// hMutexQueue. The four kernel objects are made with the spooler and live as long, so that a late call from another thread
+// meets an object and not a freed handle. Who waits for whom, and why it always ends, stands in spool_thread.cpp.
+class CPrintSpooler {
+public:
+    using Callback = int32_t (*)(void* context, int32_t code, intptr_t argument1, intptr_t argument2);
+
+    CPrintSpooler(const SpoolerTraits& traits, platform::Clock& clock, ApplicationThread& application);
+    virtual ~CPrintSpooler();
+    CPrintSpooler(const CPrintSpooler&) = delete;
+    CPrintSpooler& operator=(const CPrintSpooler&) = delete;
+
+    virtual int32_t Open(uint32_t options);  // -1 when no thread can be had; closes first when open
+    virtual int32_t Close();                 // prints what was queued before, then ends the thread; every list is emptied
+    virtual int32_t SetCallback(Callback fn, void* context);
+    virtual int32_t RemoveCallback();
+    virtual int32_t AttachPrinter(printer::CPrinterEncoder* encoder);
+    virtual int32_t DetachPrinter();
+    virtual int32_t SetAsyncMode();
+    virtual int32_t SetSyncMode();
+    virtual int32_t Clear();
+    virtual int32_t BeginTransaction();
+    virtual int32_t ClearTransaction();
+    virtual int32_t PrintTransaction();
+    virtual bool IsQueueEmpty();
+    virtual int32_t PrintImmediate(const std::string& data);
+    // outputId, when given, receives the identifier of the job.
+    virtual int32_t PrintNormal(const std::string& data, std::atomic<int32_t>* outputId);
+    virtual int32_t CutPaper(int32_t percentage, std::atomic<int32_t>* outputId);
+    virtual int32_t DirectIO(DirectIOPayload buffer, std::atomic<int32_t>* outputId);
+    virtual int32_t DirectIO2nd(DirectIOPayload buffer, std::atomic<int32_t>* outputId);
+    virtual int32_t AddJob(int32_t type, JobPayload buffer, uint32_t length, std::atomic<int32_t>* outputId);
+    virtual int32_t AddJob(int32_t type, const std::string& text, std::atomic<int32_t>* outputId);
+    virtual int32_t DoJob(CSpoolJob& job, bool* retry);
+    virtual int32_t DoPrintTransaction(uint32_t transactionSerial);
+    virtual int32_t DoCheckPrinterStatus(bool force);
+
+    // Pending print modes, taken by the next text of the models whose texts have a mode prefix.
+    int32_t SetBold(bool flag);
+    int32_t SetDoubleWidth(bool flag);
+    int32_t SetItalic(bool flag);
+    int32_t SetDoubleHeight(bool flag);
+    int32_t SetUnderlined(bool flag);
+    int32_t ClearCutSent();
+
+    int32_t GetInactivityTime();  // whole seconds since the end of the last job or immediate print
+
+    // The device is about to close: jobs are refused from now on, pauses end.
+    void BeginClosing();
+
+private:
+    int32_t InvokeCallback(int32_t code, intptr_t argument1, intptr_t argument2);
+    int32_t Number(JobMeaning meaning) const { return JobNumberOf(meaning, traits.numbering); }
+    std::string WithModePrefix(const std::string& data);
+    bool IsReady() const { return opened.load() && !closing.load(); }
+
+    int32_t RefuseAsBusy();
+    int32_t Admit(int32_t type, const std::string& text, JobPayload buffer, uint32_t length, std::atomic<int32_t>* outputId);
+    int32_t RunImmediate(const CSpoolJob& job);
+    int32_t RunSynchronously(CSpoolJob& job);
+    int32_t RunTransaction(CSpoolJob& job);
+    bool JoinTransaction(std::shared_ptr<CSpoolJob>& job);
+    void Enqueue(std::shared_ptr<CSpoolJob> job);
+
+    bool AcquirePrinter();
+    void ReleasePrinter() MARBEX_NO_THREAD_SAFETY_ANALYSIS;  // taken through ApplicationThread, unseen by the analysis
+    int32_t Attempt(CSpoolJob& job, bool* retry);
+    int32_t Execute(const CSpoolJob& job);
+    bool AskWhetherToRetry(CSpoolJob& job, const printer::PrinterStatus& status, int32_t result);
+    void PauseBeforeRetry(const CSpoolJob& job);
+    void BeginExecuting(CSpoolJob& job);
+    void EndExecuting(CSpoolJob& job);
+
+    void ClearInProgressList();
+    void ClearAsyncList();
+    void ClearTransactionList();
+    void CancelExecuting() MARBEX_REQUIRES(*hMutexQueue);
+    void DropWhatIsLeft();
+
+    void ThreadSpool();
+    bool MoveHeadToInProgress();
+    std::shared_ptr<CSpoolJob> HeadInProgress();
+    void RemoveFromInProgress(const CSpoolJob& job);
+    void Drain();
+    void RunQueued(CSpoolJob& job);
+
+    using JobList = std::deque<std::shared_ptr<CSpoolJob>>;
+
+    const SpoolerTraits& traits;
+    platform::Clock& clock;
+    ApplicationThread& application;
+
+    const std::unique_ptr<platform::Event> DataInQueue;
+    const std::unique_ptr<platform::Mutex> hMutexPrinter;
+    const std::unique_ptr<platform::Mutex> hMutexQueue;
+    const std::unique_ptr<platform::Semaphore> hSyncSemaphore;
+    const std::unique_ptr<platform::Event> printerAttached_;  // manual: the thread's first query waits for it, or for Close
+    const std::unique_ptr<platform::Event> pauseEnded_;       // manual: ends the pause before a repeated attempt
+
+    JobList asyncList MARBEX_GUARDED_BY(*hMutexQueue);
+    JobList transactionList MARBEX_GUARDED_BY(*hMutexQueue);
+    JobList inProgressList MARBEX_GUARDED_BY(*hMutexQueue);
+    std::vector<CSpoolJob*> executing_ MARBEX_GUARDED_BY(*hMutexQueue);
+
+    std::unique_ptr<platform::Thread> thread;
+    std::atomic<uint32_t> asyncMode{1};
+    std::atomic<bool> terminateRequest{false};
+    std::atomic<bool> opened{false};
+    std::atomic<bool> closing{false};
+    std::atomic<uint32_t> transactionNumber{0};
+    uint32_t transactionSerial_ MARBEX_GUARDED_BY(*hMutexQueue) = 0;  // counts openings from closed
+    std::atomic<Callback> callback{nullptr};
+    std::atomic<void*> callbackContext{nullptr};
+    std::atomic<printer::CPrinterEncoder*> printer{nullptr};
+    uint32_t outputIdCounter = 1;  // guarded by hSyncSemaphore
+    printer::PrinterStatus lastStatus;
+    std::atomic<int64_t> lastActivityTime;
+    std::atomic<int64_t> lastNearEndQueryTime;
+    std::atomic<uint32_t> options{0};
+    std::atomic<uint8_t> pendingModes_{0};
+};
+
+}  // namespace marbex::spooler
