@@ -61,11 +61,15 @@ void CEventHandler::Close()
 {
     LogWrite("[CEventHandler] --- Close Begin");
     BeginClosing();
-    terminateRequest = true;
+    {
+        // Under the mutex, so that nobody resets what wakes the thread once it has been told to end.
+        MutexHold hold(*EventQueueAvailable);
+        terminateRequest = true;
+        EventThreadActive->Set();
+        FreezeEventsUnfrozen->Set();
+        COFreezeEventsUnfrozen->Set();
+    }
     window->StopDeliveries();
-    EventThreadActive->Set();
-    FreezeEventsUnfrozen->Set();
-    COFreezeEventsUnfrozen->Set();
     if (thread) platform::WaitForOne(*thread, platform::kForever);
     window->Close();
     thread.reset();
@@ -154,7 +158,7 @@ int32_t CEventHandler::Clear()
     std::deque<std::shared_ptr<EventRecord>> removed;
     {
         MutexHold hold(*EventQueueAvailable);
-        EventThreadActive->Reset();
+        if (!terminateRequest.load()) EventThreadActive->Reset();
         removed.swap(queue);
     }
     for (const auto& record : removed) {
@@ -164,25 +168,27 @@ int32_t CEventHandler::Clear()
     return 0;
 }
 
+void CEventHandler::Switch(platform::Event& unfrozen, bool freeze)
+{
+    MutexHold hold(*EventQueueAvailable);
+    if (!freeze) {
+        unfrozen.Set();
+    } else if (!terminateRequest.load()) {
+        unfrozen.Reset();
+    }
+}
+
 void CEventHandler::FreezeEvents(bool freeze)
 {
     LogWrite("[CEventHandler] --- FreezeEvents Begin (%d)", freeze ? 1 : 0);
-    if (freeze) {
-        FreezeEventsUnfrozen->Reset();
-    } else {
-        FreezeEventsUnfrozen->Set();
-    }
+    Switch(*FreezeEventsUnfrozen, freeze);
     LogWrite("[CEventHandler] --- FreezeEvents End");
 }
 
 void CEventHandler::COFreezeEvents(bool freeze)
 {
     LogWrite("[CEventHandler] --- COFreezeEvents Begin (%d)", freeze ? 1 : 0);
-    if (freeze) {
-        COFreezeEventsUnfrozen->Reset();
-    } else {
-        COFreezeEventsUnfrozen->Set();
-    }
+    Switch(*COFreezeEventsUnfrozen, freeze);
     LogWrite("[CEventHandler] --- COFreezeEvents End");
 }
 

@@ -80,6 +80,7 @@ private:
 
     void DoQueueEvent(std::shared_ptr<EventRecord> record);
     bool Unqueue(const EventRecord& record);
+    void Switch(platform::Event& unfrozen, bool freeze);
     void Await(const std::shared_ptr<ErrorEventRecord>& record);
     void StopAwaiting(const ErrorEventRecord& record);
     void WaitOnWindowThread(const std::shared_ptr<ErrorEventRecord>& record, bool handDirectly);

@@ -1,0 +1,147 @@
+// Claiming, releasing, enabling and freezing.
+
+#include "device/printer_device.h"
+#include "opos/common.h"
+#include "opos/printer.h"
+#include "support/service_log.h"
+
+namespace marbex::device {
+
+using support::LogWrite;
+
+int32_t PrinterDevice::ClaimDevice(int32_t Timeout)
+{
+    LogWrite("[%s] ClaimDevice Begin", tag_);
+    SetErrorCode(opos::OPOS_E_TIMEOUT, 0);
+    if (Claimed.load() != 0) {
+        SetErrorCode(opos::OPOS_E_CLAIMED, 0);
+    } else if (CurrentState() == opos::OPOS_S_IDLE) {
+        std::shared_ptr<platform::Semaphore> semaphore;
+        {
+            platform::LockHold hold(claimLock_);
+            semaphore = ClaimSemaphore;
+        }
+        uint32_t milliseconds = 0;
+        if (Timeout == opos::OPOS_FOREVER) {
+            milliseconds = platform::kForever;
+        } else if (Timeout > 0) {
+            milliseconds = static_cast<uint32_t>(Timeout);
+        }
+        if (semaphore && platform::WaitForOne(*semaphore, milliseconds).Obtained()) {
+            Claimed = 1;
+            DeviceEnabled = 0;
+            SetErrorCode(0, 0);
+        }
+    }
+    LogWrite("[%s] ClaimDevice End", tag_);
+    return ResultCode.load();
+}
+
+int32_t PrinterDevice::ReleaseDevice()
+{
+    LogWrite("[%s] ReleaseDevice Begin", tag_);
+    SetErrorCode(opos::OPOS_E_TIMEOUT, 0);
+    if (Claimed.load() == 0) {
+        SetErrorCode(opos::OPOS_E_ILLEGAL, 0);
+    } else if (CurrentState() == opos::OPOS_S_IDLE) {
+        {
+            platform::LockHold hold(claimLock_);
+            if (ClaimSemaphore) ClaimSemaphore->Release();
+        }
+        DeviceEnabled = 0;
+        Claimed = 0;
+        Events.Clear();
+        SetErrorCode(0, 0);
+    }
+    LogWrite("[%s] ReleaseDevice End", tag_);
+    return ResultCode.load();
+}
+
+int32_t PrinterDevice::Claim(int32_t Timeout)
+{
+    LogWrite("[%s] Claim Redirected", tag_);
+    return ClaimDevice(Timeout);
+}
+
+int32_t PrinterDevice::Close()
+{
+    LogWrite("[%s] Close Redirected", tag_);
+    const int32_t result = CloseService();
+    CharSets.clear();
+    return result;
+}
+
+int32_t PrinterDevice::Release()
+{
+    LogWrite("[%s] Release Redirected", tag_);
+    return ReleaseDevice();
+}
+
+void PrinterDevice::SetDeviceEnabledState(bool Enabled)
+{
+    LogWrite("[%s] SetDeviceEnabledState Begin (%d)", tag_, Enabled ? 1 : 0);
+    if (Enabled != (DeviceEnabled.load() != 0)) {
+        if (Enabled && Claimed.load() == 0) {
+            SetErrorCode(opos::OPOS_E_NOTCLAIMED, 0);
+            return;
+        }
+        DeviceEnabled = Enabled ? 1 : 0;
+        if (Enabled) Events.FireStatusUpdateEvent(opos::PTR_SUE_IDLE);
+    }
+    LogWrite("[%s] SetDeviceEnabledState End", tag_);
+}
+
+int32_t PrinterDevice::COFreezeEvents(bool Freeze)
+{
+    LogWrite("[%s] COFreezeEvents Begin", tag_);
+    if (IsClosed()) {
+        SetErrorCode(opos::OPOS_E_CLOSED, 0);
+    } else {
+        COFreezeEvents_ = Freeze;
+        Events.COFreezeEvents(Freeze);
+        SetErrorCode(0, 0);
+    }
+    LogWrite("[%s] COFreezeEvents End", tag_);
+    return ResultCode.load();
+}
+
+void PrinterDevice::DoFreezeEvents(bool Freeze)
+{
+    LogWrite("[%s] DoFreezeEvents Begin (%d)", tag_, Freeze ? 1 : 0);
+    if (IsClosed()) {
+        SetErrorCode(opos::OPOS_E_CLOSED, 0);
+    } else {
+        FreezeEvents = Freeze ? 1 : 0;
+        Events.FreezeEvents(Freeze);
+    }
+    LogWrite("[%s] DoFreezeEvents End", tag_);
+}
+
+void PrinterDevice::SetAsyncMode(bool Async)
+{
+    LogWrite("[%s] SetAsyncMode Begin (%d)", tag_, Async ? 1 : 0);
+    if (IsClosed()) {
+        SetErrorCode(opos::OPOS_E_CLOSED, 0);
+    } else {
+        AsyncMode = Async ? 1 : 0;
+        if (Async) {
+            Spooler.SetAsyncMode();
+        } else {
+            Spooler.SetSyncMode();
+        }
+    }
+    LogWrite("[%s] SetAsyncMode End", tag_);
+}
+
+void PrinterDevice::SetFlagWhenIdle(bool Flag)
+{
+    LogWrite("[%s] SetFlagWhenIdle Begin (%d)", tag_, Flag ? 1 : 0);
+    if (IsClosed()) {
+        SetErrorCode(opos::OPOS_E_CLOSED, 0);
+    } else {
+        FlagWhenIdle = Flag ? 1 : 0;
+    }
+    LogWrite("[%s] SetFlagWhenIdle End", tag_);
+}
+
+}  // namespace marbex::device

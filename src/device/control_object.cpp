@@ -1,0 +1,101 @@
+#include "device/control_object.h"
+
+namespace marbex::device {
+
+namespace {
+
+// In the order of EventDispIds. Writable arrays, since GetIDsOfNames takes them so.
+OLECHAR directIOName[] = u"SODirectIO";
+OLECHAR errorName[] = u"SOError";
+OLECHAR outputCompleteName[] = u"SOOutputComplete";
+OLECHAR statusUpdateName[] = u"SOStatusUpdate";
+
+VARIANT LongArgument(int32_t value)
+{
+    VARIANT argument;
+    VariantInit(&argument);
+    argument.vt = VT_I4;
+    argument.lVal = value;
+    return argument;
+}
+
+VARIANT LongReference(int32_t& value)
+{
+    VARIANT argument;
+    VariantInit(&argument);
+    argument.vt = VT_I4 | VT_BYREF;
+    argument.plVal = &value;
+    return argument;
+}
+
+}  // namespace
+
+bool ControlObject::Attach(IDispatch* dispatch)
+{
+    Detach();
+    if (dispatch == nullptr) return false;
+    std::array<DISPID, kCallbacks> ids{};
+    OLECHAR* const names[] = {directIOName, errorName, outputCompleteName, statusUpdateName};
+    for (std::size_t i = 0; i < kCallbacks; ++i) {
+        OLECHAR* name = names[i];
+        if (FAILED(dispatch->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &ids[i]))) return false;
+    }
+    platform::LockHold hold(lock_);
+    dispatch_ = dispatch;
+    EventDispIds = ids;
+    return true;
+}
+
+void ControlObject::Detach()
+{
+    platform::LockHold hold(lock_);
+    dispatch_ = nullptr;
+}
+
+bool ControlObject::Call(Callback callback, VARIANT* argumentsLastFirst, UINT count)
+{
+    IDispatch* dispatch = nullptr;
+    DISPID id = DISPID_UNKNOWN;
+    {
+        platform::LockHold hold(lock_);
+        dispatch = dispatch_;
+        id = EventDispIds[callback];
+    }
+    if (dispatch == nullptr) return false;
+    DISPPARAMS parameters{argumentsLastFirst, nullptr, count, 0};
+    return SUCCEEDED(dispatch->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, nullptr,
+                                      nullptr, nullptr));
+}
+
+bool ControlObject::SODirectIO(int32_t EventNumber, int32_t Data, const std::u16string& String)
+{
+    platform::BstrHolder text{std::u16string_view(String)};
+    VARIANT arguments[3];
+    VariantInit(&arguments[0]);
+    arguments[0].vt = VT_BSTR | VT_BYREF;
+    arguments[0].pbstrVal = text.Address();
+    arguments[1] = LongReference(Data);
+    arguments[2] = LongArgument(EventNumber);
+    return Call(kDirectIO, arguments, 3);
+}
+
+bool ControlObject::SOError(int32_t ResultCode, int32_t ResultCodeExtended, int32_t ErrorLocus, int32_t& ErrorResponse)
+{
+    VARIANT arguments[] = {LongReference(ErrorResponse), LongArgument(ErrorLocus), LongArgument(ResultCodeExtended),
+                           LongArgument(ResultCode)};
+    return Call(kError, arguments, 4);
+}
+
+bool ControlObject::SOOutputComplete(int32_t OutputID)
+{
+    VARIANT argument = LongArgument(OutputID);
+    return Call(kOutputComplete, &argument, 1);
+}
+
+bool ControlObject::SOStatusUpdate(int32_t Data)
+{
+    VARIANT argument = LongArgument(Data);
+    return Call(kStatusUpdate, &argument, 1);
+}
+
+}  // namespace marbex::device
