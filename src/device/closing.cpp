@@ -49,8 +49,6 @@ int32_t PrinterDevice::CloseService()
     LogWrite("[%s] CloseService Begin", tag_);
     SetErrorCode(0, 0);
     if (State.load() == opos::OPOS_S_CLOSED) {
-        // A failed open leaves only the log open.
-        support::LogClose();
         closeRunning_ = false;
         return ResultCode.load();
     }

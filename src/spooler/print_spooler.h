@@ -5,6 +5,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/clock.h"
@@ -73,6 +74,12 @@ public:
     // outputId, when given, receives the identifier of the job.
     virtual int32_t PrintNormal(const std::string& data, std::atomic<int32_t>* outputId);
     virtual int32_t CutPaper(int32_t percentage, std::atomic<int32_t>* outputId);
+    // 106 for what cannot be printed, 109 for a picture that cannot be loaded; the sizes are in dots.
+    virtual int32_t PrintBarCode(int32_t station, const std::string& data, int32_t symbology, int32_t height,
+                                 int32_t width, int32_t alignment, int32_t textPosition,
+                                 std::atomic<int32_t>* outputId);
+    virtual int32_t PrintBitmap(int32_t station, const std::string& fileName, int32_t width, int32_t alignment,
+                                int32_t rotation, std::atomic<int32_t>* outputId);
     virtual int32_t DirectIO(DirectIOPayload buffer, std::atomic<int32_t>* outputId);
     virtual int32_t DirectIO2nd(DirectIOPayload buffer, std::atomic<int32_t>* outputId);
     virtual int32_t AddJob(int32_t type, JobPayload buffer, uint32_t length, std::atomic<int32_t>* outputId);
@@ -90,6 +97,10 @@ public:
     int32_t ClearCutSent();
 
     int32_t GetInactivityTime();  // whole seconds since the end of the last job or immediate print
+
+    bool RunsOnSpoolThread() const { return spoolThreadId_.load() == std::this_thread::get_id(); }
+    // Whether the CB_PRINTERROR under way comes from status polling, not from a job; for the callback only.
+    bool ReportsPolling() const { return polling_.load() && RunsOnSpoolThread(); }
 
     // The device is about to close: jobs are refused from now on, pauses end.
     void BeginClosing();
@@ -149,6 +160,8 @@ private:
     std::vector<CSpoolJob*> executing_ MARBEX_GUARDED_BY(*hMutexQueue);
 
     std::unique_ptr<platform::Thread> thread;
+    std::atomic<std::thread::id> spoolThreadId_{};
+    std::atomic<bool> polling_{false};
     std::atomic<uint32_t> asyncMode{1};
     std::atomic<bool> terminateRequest{false};
     std::atomic<bool> opened{false};

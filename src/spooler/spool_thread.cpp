@@ -33,6 +33,7 @@ constexpr int64_t kSecondsBetweenNearEndQueries = 10;
 
 void CPrintSpooler::ThreadSpool()
 {
+    spoolThreadId_ = std::this_thread::get_id();
     LogWrite("[%s] --- ThreadSpool Started", traits.tag);
     platform::WaitForOne(*printerAttached_, platform::kForever);
     DoCheckPrinterStatus(true);
@@ -98,7 +99,9 @@ int32_t CPrintSpooler::DoCheckPrinterStatus(bool force)
 
     if (failed && (options.load() & kOptionSignalFailedQuery) != 0) {
         lastStatus = newStatus;
+        polling_ = true;
         InvokeCallback(CB_PRINTERROR, reinterpret_cast<intptr_t>(&lastStatus), 0);
+        polling_ = false;
         LogWrite("[%s] --- DoCheckPrinterStatus Get Status Failed... Signal it!", traits.tag);
         return 1;
     }

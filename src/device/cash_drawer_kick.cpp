@@ -1,0 +1,30 @@
+// Kicking the cash drawer that hangs on the printer.
+
+#include "device/printer_device.h"
+#include "opos/common.h"
+#include "support/service_log.h"
+
+namespace marbex::device {
+
+using support::LogWrite;
+
+namespace {
+
+// The printer counts the pulse in units of 2 ms, one byte each.
+char HalfAsByte(int32_t milliseconds) { return static_cast<char>(static_cast<uint32_t>(milliseconds) / 2U); }
+
+}  // namespace
+
+int32_t PrinterDevice::External_CashDrawer_OpenDrawer(int32_t OnTime, int32_t OffTime)
+{
+    const OperationScope scope(*this);
+    LogWrite("[%s] External_CashDrawer_OpenDrawer Begin", tag_);
+    SetErrorCode(0, 0);
+    if (IsClosed()) return Refuse(opos::OPOS_E_CLOSED);
+    // ESC p, connector 0x30, on time, off time.
+    RecordSpoolerResult(SendDirectIO({'\x1B', 'p', '\x30', HalfAsByte(OnTime), HalfAsByte(OffTime)}));
+    LogWrite("[%s] External_CashDrawer_OpenDrawer End", tag_);
+    return ResultCode.load();
+}
+
+}  // namespace marbex::device

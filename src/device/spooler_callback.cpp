@@ -1,0 +1,135 @@
+// What the spooler reports becomes state and events. Runs on the spool thread, for synchronous jobs on the application's.
+
+#include "device/printer_device.h"
+#include "opos/common.h"
+#include "opos/printer.h"
+#include "support/service_log.h"
+
+namespace marbex::device {
+
+using printer::PrinterStatus;
+using support::LogWrite;
+
+namespace {
+
+constexpr uint32_t kPaperJamBit = 0x400000;
+constexpr int32_t kPaperJamEvent = 2;
+
+}  // namespace
+
+int32_t PrinterDevice::SpoolerCallback(void* context, int32_t code, intptr_t argument1, intptr_t argument2)
+{
+    return static_cast<PrinterDevice*>(context)->OnSpooler(code, argument1, argument2);
+}
+
+int32_t PrinterDevice::OnSpooler(int32_t code, intptr_t argument1, intptr_t argument2)
+{
+    // The first status report comes while the service is still being opened.
+    platform::WaitForOne(*openSettled_, platform::kForever);
+    LogWrite("[%s] SpoolerCallback Begin (%d)", tag_, code);
+    int32_t answer = 0;
+    switch (code) {
+        case spooler::CB_PRINTERROR:
+            LogWrite("[%s] CB_PRINTERROR", tag_);
+            answer = OnPrinterError(*reinterpret_cast<const PrinterStatus*>(argument1));
+            break;
+        case spooler::CB_STATUSCHANGE:
+            LogWrite("[%s] CB_STATUSCHANGE", tag_);
+            OnStatusChange(*reinterpret_cast<const PrinterStatus*>(argument1), static_cast<uint32_t>(argument2));
+            break;
+        case spooler::CB_BEGINPRINTJOB:
+            if (!Spooler.RunsOnSpoolThread()) synchronousThread_ = std::this_thread::get_id();
+            ChangeState(opos::OPOS_S_BUSY);
+            LogWrite("[%s] CB_BEGINPRINTJOB", tag_);
+            break;
+        case spooler::CB_JOBCOMPLETE:
+            ChangeState(opos::OPOS_S_IDLE);
+            LogWrite("[%s] CB_JOBCOMPLETE", tag_);
+            Events.FireOutputCompleteEvent(static_cast<int32_t>(argument2));
+            break;
+        case spooler::CB_IDLE:
+            ChangeState(opos::OPOS_S_IDLE);
+            if (FlagWhenIdle.exchange(0) != 0) Events.FireStatusUpdateEvent(opos::PTR_SUE_IDLE);
+            break;
+        default: LogWrite("[%s] Unhandled CPrintSpooler CB_message", tag_); break;
+    }
+    LogWrite("[%s] SpoolerCallback End", tag_);
+    return answer;
+}
+
+int32_t PrinterDevice::OnPrinterError(const PrinterStatus& status)
+{
+    const bool polling = Spooler.ReportsPolling();
+    const int32_t before = State.load();
+    ChangeState(opos::OPOS_S_ERROR);
+    int32_t answer = 0;
+    if (status.CoverOpen()) {
+        answer = FireError("Cover Open", opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_COVER_OPEN);
+    } else if (status.PaperEnd()) {
+        answer = FireError("Paper End", opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_REC_EMPTY);
+    } else if (status.NoResponse()) {
+        answer = FireError("Printer disconnected", opos::OPOS_E_NOHARDWARE, 0);
+    }
+    if (polling) {
+        ChangeState(before);
+    } else {
+        ChangeState(answer == opos::OPOS_ER_CLEAR ? opos::OPOS_S_IDLE : opos::OPOS_S_BUSY);
+    }
+    return answer;
+}
+
+int32_t PrinterDevice::FireError(const char* errorString, int32_t resultCode, int32_t resultCodeExtended)
+{
+    ErrorLevel = opos::PTR_EL_RECOVERABLE;
+    ErrorStation = opos::PTR_S_RECEIPT;
+    SetText(ErrorString, errorString);
+    // Queued output is retried unless the application says otherwise; in a call of the application's own an error that nobody
+    // handles belongs in the call's result.
+    const int32_t preset = Spooler.RunsOnSpoolThread() ? opos::OPOS_ER_RETRY : opos::OPOS_ER_CLEAR;
+    const int32_t answer = Events.FireErrorEvent(resultCode, resultCodeExtended, preset);
+    ErrorLevel = opos::PTR_EL_NONE;
+    SetText(ErrorString, {});
+    return answer;
+}
+
+void PrinterDevice::OnStatusChange(const PrinterStatus& status, uint32_t fullStatus)
+{
+    if (status.CoverOpen() && CoverOpen.load() == 0) {
+        Events.FireStatusUpdateEvent(opos::PTR_SUE_COVER_OPEN);
+        CoverOpen = 1;
+    } else if (!status.CoverOpen() && CoverOpen.load() != 0) {
+        Events.FireStatusUpdateEvent(opos::PTR_SUE_COVER_OK);
+        CoverOpen = 0;
+    }
+    const int32_t paperEnd = status.PaperEnd() ? 1 : 0;
+    const int32_t nearEnd = status.PaperNearEnd() ? 1 : 0;
+    if (paperEnd != RecEmpty.load() || nearEnd != RecNearEnd.load()) {
+        if (paperEnd != 0) {
+            Events.FireStatusUpdateEvent(opos::PTR_SUE_REC_EMPTY);
+        } else if (nearEnd != 0) {
+            Events.FireStatusUpdateEvent(opos::PTR_SUE_REC_NEAREMPTY);
+        } else {
+            Events.FireStatusUpdateEvent(opos::PTR_SUE_REC_PAPEROK);
+        }
+        RecEmpty = paperEnd;
+        RecNearEnd = nearEnd;
+    }
+    if (model_.reportsPaperJam) ReportPaperJam(fullStatus, !status.NoResponse());
+}
+
+void PrinterDevice::ReportPaperJam(uint32_t fullStatus, bool answered)
+{
+    if (!answered) return;
+    const bool jam = (fullStatus & kPaperJamBit) != 0;
+    if (paperJam_.exchange(jam) == jam) return;
+    if (jam) {
+        LogWrite("[%s] Call DirectIOEvent for Paper Jam SET (0x%08X)", tag_, fullStatus);
+    } else {
+        LogWrite("[%s] Call DirectIOEvent for Paper Jam RESET (0x%08X)", tag_, fullStatus);
+    }
+    const auto data = static_cast<int32_t>(fullStatus);
+    const std::u16string none;
+    Events.FireDirectIOEvent(kPaperJamEvent, &data, &none);
+}
+
+}  // namespace marbex::device
