@@ -11,7 +11,10 @@ using support::LogWrite;
 namespace {
 
 // The printer counts the pulse in units of 2 ms, one byte each.
-char HalfAsByte(int32_t milliseconds) { return static_cast<char>(static_cast<uint32_t>(milliseconds) / 2U); }
+char HalfAsByte(int32_t milliseconds)
+{
+    return static_cast<char>(static_cast<uint32_t>(milliseconds) / 2U);
+}
 
 }  // namespace
 

@@ -63,8 +63,8 @@ bool ControlObject::Call(Callback callback, VARIANT* argumentsLastFirst, UINT co
     }
     if (dispatch == nullptr) return false;
     DISPPARAMS parameters{argumentsLastFirst, nullptr, count, 0};
-    return SUCCEEDED(dispatch->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, nullptr,
-                                      nullptr, nullptr));
+    return SUCCEEDED(
+        dispatch->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr));
 }
 
 bool ControlObject::SODirectIO(int32_t EventNumber, int32_t Data, const std::u16string& String)

@@ -9,9 +9,9 @@
 
 namespace marbex::device {
 
-// The control object's side of the service: its IDispatch, held without a reference as the standard's service objects do,
-// and the four callback methods. Nothing is called through it once it is detached; a call that is under way then is the
-// control object's own.
+// The control object's side of the service: its IDispatch, held without a reference as the standard's service objects
+// do, and the four callback methods. Nothing is called through it once it is detached; a call that is under way then is
+// the control object's own.
 class ControlObject {
 public:
     // Asks for the four callbacks; false, and nothing is attached, when dispatch is null or lacks one of them.

@@ -22,6 +22,9 @@ std::shared_ptr<POSPrinterDevice> CreateModelDevice(std::string_view modelName)
     return model != nullptr ? std::make_shared<PrinterDevice>(*model) : nullptr;
 }
 
-void ReplaceDeviceFactory(DeviceFactory factory) { Replacement() = std::move(factory); }
+void ReplaceDeviceFactory(DeviceFactory factory)
+{
+    Replacement() = std::move(factory);
+}
 
 }  // namespace marbex::device

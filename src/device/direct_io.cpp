@@ -17,8 +17,9 @@ constexpr int32_t kCommandRawBytes = 0;
 constexpr int32_t kCommandOpenDrawer = 1;
 
 // ESC p, connector 0x30, on and off times of 0x31 units.
-constexpr const char* kOpenDrawer = "\x1B"
-                                    "p\x30\x31\x31";
+constexpr const char* kOpenDrawer =
+    "\x1B"
+    "p\x30\x31\x31";
 
 }  // namespace
 
@@ -39,8 +40,12 @@ int32_t PrinterDevice::DirectIO(int32_t Command, int32_t* pData, std::u16string*
         case kCommandRawBytes:
             if (SendRawBytes(pData, pString) == opos::OPOS_E_ILLEGAL) return Refuse(opos::OPOS_E_ILLEGAL);
             break;
-        case kCommandOpenDrawer: OpenDrawerDirectly(pData, pString); break;
-        default: SetErrorCode(0, 0); break;
+        case kCommandOpenDrawer:
+            OpenDrawerDirectly(pData, pString);
+            break;
+        default:
+            SetErrorCode(0, 0);
+            break;
     }
     LogWrite("[%s] DirectIO End", tag_);
     return ResultCode.load();
@@ -84,10 +89,10 @@ int32_t PrinterDevice::CheckHealth(int32_t Level)
     if (Claimed.load() == 0) {
         result = opos::OPOS_E_NOTCLAIMED;
     } else if (PrinterEncoder.IsInError()) {
-        SetText(CheckHealthText, "Unable to communicate, hardware may be disconnected");
+        CheckHealthText.Set("Unable to communicate, hardware may be disconnected");
         result = opos::OPOS_E_NOHARDWARE;
     } else {
-        SetText(CheckHealthText, {});
+        CheckHealthText.Set({});
     }
     LogWrite("[%s] CheckHealth End", tag_);
     SetErrorCode(result, 0);

@@ -1,5 +1,5 @@
-// The last hop of an event: into the control object, or, for a service opened for a file, as one record at its end. Runs on
-// the thread that owns the delivery window.
+// The last hop of an event: into the control object, or, for a service opened for a file, as one record at its end.
+// Runs on the thread that owns the delivery window.
 
 #include "device/printer_device.h"
 #include "device/process_state.h"
@@ -24,7 +24,8 @@ std::string FileRecord(int32_t code, const EventRecord& record)
 {
     const auto join = [](char letter, std::initializer_list<std::string> fields) {
         std::string line(1, letter);
-        for (const std::string& field : fields) line += '\t' + field;
+        for (const std::string& field : fields)
+            line += '\t' + field;
         return line + '|';
     };
     switch (code) {
@@ -42,7 +43,8 @@ std::string FileRecord(int32_t code, const EventRecord& record)
             return join('C', {std::to_string(static_cast<const events::OutputCompleteEventRecord&>(record).outputId)});
         case events::CB_STATUSUPDATEEVENT:
             return join('D', {std::to_string(static_cast<const events::StatusUpdateEventRecord&>(record).data)});
-        default: return {};
+        default:
+            return {};
     }
 }
 
@@ -85,7 +87,9 @@ void PrinterDevice::Deliver(int32_t code, EventRecord& record)
                 ControlObject_.SOStatusUpdate(static_cast<const events::StatusUpdateEventRecord&>(record).data);
             }
             break;
-        default: LogWrite("[%s] Unhandled CEventHandler CB_message", tag_); return;
+        default:
+            LogWrite("[%s] Unhandled CEventHandler CB_message", tag_);
+            return;
     }
     if (toFile) AppendEvent(code, record);
 }

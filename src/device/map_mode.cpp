@@ -24,26 +24,38 @@ int32_t Truncated(double dots)
 
 }  // namespace
 
-bool IsMapMode(int32_t mapMode) { return mapMode >= opos::PTR_MM_DOTS && mapMode <= opos::PTR_MM_METRIC; }
+bool IsMapMode(int32_t mapMode)
+{
+    return mapMode >= opos::PTR_MM_DOTS && mapMode <= opos::PTR_MM_METRIC;
+}
 
 ReceiptMetrics MetricsOf(int32_t mapMode, const LineWidths& widths)
 {
     switch (mapMode) {
-        case opos::PTR_MM_TWIPS: return {170, 255, widths.twips};
-        case opos::PTR_MM_ENGLISH: return {118, 177, widths.english};
-        case opos::PTR_MM_METRIC: return {300, 450, widths.metric};
-        default: return {24, 32, 420};
+        case opos::PTR_MM_TWIPS:
+            return {170, 255, widths.twips};
+        case opos::PTR_MM_ENGLISH:
+            return {118, 177, widths.english};
+        case opos::PTR_MM_METRIC:
+            return {300, 450, widths.metric};
+        default:
+            return {24, 32, 420};
     }
 }
 
 int32_t DotsOf(int32_t value, int32_t mapMode)
 {
     switch (mapMode) {
-        case opos::PTR_MM_DOTS: return value;
-        case opos::PTR_MM_TWIPS: return Truncated(value * kDotsPerInch * static_cast<double>(kInchesPerTwip));
-        case opos::PTR_MM_ENGLISH: return Truncated(value * kDotsPerInch * static_cast<double>(kInchesPerEnglish));
-        case opos::PTR_MM_METRIC: return static_cast<int32_t>(static_cast<int64_t>(value) * 8 / 100);
-        default: return 0;
+        case opos::PTR_MM_DOTS:
+            return value;
+        case opos::PTR_MM_TWIPS:
+            return Truncated(value * kDotsPerInch * static_cast<double>(kInchesPerTwip));
+        case opos::PTR_MM_ENGLISH:
+            return Truncated(value * kDotsPerInch * static_cast<double>(kInchesPerEnglish));
+        case opos::PTR_MM_METRIC:
+            return static_cast<int32_t>(static_cast<int64_t>(value) * 8 / 100);
+        default:
+            return 0;
     }
 }
 

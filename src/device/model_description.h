@@ -25,10 +25,10 @@ enum class DrawerKick : uint8_t {
 
 // The line display at the printer.
 struct DisplayDescription {
-    std::string_view format;   // rows x columns
+    std::string_view format;  // rows x columns
     int32_t rows;
     int32_t columns;
-    bool onSecondLink;         // reached over the port's second connection, without a frame
+    bool onSecondLink;  // reached over the port's second connection, without a frame
     int32_t defaultCodePage;
     std::span<const int32_t> codePages;
 };
@@ -36,8 +36,8 @@ struct DisplayDescription {
 // Everything in which one model differs from another. All models share one device class; a new model is a new row of
 // the table in model_table.cpp.
 struct ModelDescription {
-    std::string_view name;       // as in the model table of the registry's profiles
-    const char* tag;             // class name in the log
+    std::string_view name;         // as in the model table of the registry's profiles
+    const char* tag;               // class name in the log
     std::string_view description;  // in DeviceDescription
     LineWidths recLineWidth;
     int32_t recLinesToPaperCut;

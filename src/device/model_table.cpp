@@ -188,7 +188,6 @@ constexpr std::array<ModelDescription, 18> kModels{{
         .recLinesToPaperCut = 2,
         .converter = {.tag = "GALENPOSPrinter", .cut = kPartialCutAfterFiveFeeds},
         .encoder = {.cut = CutCommand::kFull,
-                    .cut = CutCommand::kFull,
                     .status = StatusVariant::kNoDrawerFlag,
                     .identity = {.accepted = kGalenIds}},
         .spooler = FamilyB("CPrintSpoolerGALEN"),

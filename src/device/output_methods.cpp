@@ -96,10 +96,15 @@ int32_t PrinterDevice::MarkFeed(int32_t Type)
     if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
     switch (Type) {
         case opos::PTR_MF_TO_TAKEUP:
-        case opos::PTR_MF_TO_NEXT_TOF: RecordSpoolerResult(Spooler.PrintNormal(kMarkFeed, &OutputID)); break;
+        case opos::PTR_MF_TO_NEXT_TOF:
+            RecordSpoolerResult(Spooler.PrintNormal(kMarkFeed, &OutputID));
+            break;
         case opos::PTR_MF_TO_CUTTER:
-        case opos::PTR_MF_TO_CURRENT_TOF: return Refuse(opos::OPOS_E_ILLEGAL);
-        default: SetErrorCode(0, 0); break;
+        case opos::PTR_MF_TO_CURRENT_TOF:
+            return Refuse(opos::OPOS_E_ILLEGAL);
+        default:
+            SetErrorCode(0, 0);
+            break;
     }
     LogWrite("[%s] MarkFeed End", tag_);
     return ResultCode.load();
@@ -183,7 +188,9 @@ int32_t PrinterDevice::RotatePrint(int32_t Station, int32_t Rotation)
         case opos::PTR_RP_NORMAL:
         case opos::PTR_RP_RIGHT90:
         case opos::PTR_RP_LEFT90:
-        case opos::PTR_RP_ROTATE180: RotateMode = rotation; break;
+        case opos::PTR_RP_ROTATE180:
+            RotateMode = rotation;
+            break;
         default:
             LogWrite("[%s] RotatePrint Not valid rotation parameter", tag_);
             return Refuse(opos::OPOS_E_ILLEGAL);

@@ -15,13 +15,14 @@
 namespace marbex::device {
 
 // What a printer device answers to its front and to the companion services. Text is single-byte in the ANSI code page;
-// a text result of none is a null string. Every operation has a default body that answers 106 (OPOS_E_ILLEGAL), an empty
-// string or nothing, and logs nothing.
+// a text result of none is a null string. Every operation has a default body that answers 106 (OPOS_E_ILLEGAL), an
+// empty string or nothing, and logs nothing.
 //
-// Devices are shared: every call under way and every event delivery holds a reference, so that an application may replace
-// or release the service from inside an event handler.
+// Devices are shared: every call under way and every event delivery holds a reference, so that an application may
+// replace or release the service from inside an event handler.
 //
-// Threads: Claimed, DeviceEnabled and State are written by the application's and the spool thread and may be read by any.
+// Threads: Claimed, DeviceEnabled and State are written by the application's and the spool thread and may be read by
+// any.
 class POSPrinterDevice {
 public:
     virtual ~POSPrinterDevice() = default;
@@ -30,7 +31,8 @@ public:
     std::atomic<int32_t> DeviceEnabled{0};
     std::atomic<int32_t> State{opos::OPOS_S_CLOSED};
 
-    // The character sets that the profile offers, in its order. The front sets them after opening and empties them at close.
+    // The character sets that the profile offers, in its order. The front sets them after opening and empties them at
+    // close.
     std::vector<support::CharSetStruct> CharSets;
 
     virtual int32_t OpenService(const std::string& DeviceClass, const std::string& DeviceName, IDispatch* Dispatch);
@@ -51,8 +53,8 @@ public:
     virtual int32_t UpdateFirmware(const std::string& FirmwareFileName);
     virtual int32_t ClearPrintArea();
     virtual int32_t PageModePrint(int32_t Control);
-    virtual int32_t PrintBarCode(int32_t Station, const std::string& Data, int32_t Symbology, int32_t Height, int32_t Width,
-                                 int32_t Alignment, int32_t TextPosition);
+    virtual int32_t PrintBarCode(int32_t Station, const std::string& Data, int32_t Symbology, int32_t Height,
+                                 int32_t Width, int32_t Alignment, int32_t TextPosition);
     virtual int32_t PrintBitmap(int32_t Station, const std::string& FileName, int32_t Width, int32_t Alignment);
     virtual int32_t PrintImmediate(int32_t Station, const std::string& Data);
     virtual int32_t PrintNormal(int32_t Station, const std::string& Data);
@@ -88,8 +90,8 @@ public:
     virtual int32_t External_LineDisplay_DisplayTextAt(int32_t Row, int32_t Column, const std::string& Data,
                                                        int32_t Attribute);
 
-    // Whether an operation of this device is waiting on the calling thread, further up its stack, for the application to
-    // answer or the printer to become free. The front then refuses to replace the device.
+    // Whether an operation of this device is waiting on the calling thread, further up its stack, for the application
+    // to answer or the printer to become free. The front then refuses to replace the device.
     virtual bool OperationWaitsOnThisThread() const { return false; }
 };
 

@@ -77,16 +77,4 @@ bool PrinterDevice::VerifyMayUseAfter(int32_t flags)
     return true;
 }
 
-std::string PrinterDevice::TextOf(const std::string& member) const
-{
-    platform::LockHold hold(textLock_);
-    return member;
-}
-
-void PrinterDevice::SetText(std::string& member, const std::string& text)
-{
-    platform::LockHold hold(textLock_);
-    member = text;
-}
-
 }  // namespace marbex::device

@@ -8,6 +8,7 @@
 
 #include "comm/printer_port.h"
 #include "device/control_object.h"
+#include "device/locked_text.h"
 #include "device/model_description.h"
 #include "device/posprinter_device.h"
 #include "device/print_data_converter.h"
@@ -24,13 +25,13 @@
 
 namespace marbex::device {
 
-// The printer device of every model; what differs stands in the ModelDescription. Owns and wires the port, the encoder, the
-// spooler and the event handler.
+// The printer device of every model; what differs stands in the ModelDescription. Owns and wires the port, the encoder,
+// the spooler and the event handler.
 //
-// Public operations run on the application's threads, mostly the one that opened the service (the window thread, on which
-// events are delivered). The spool thread enters through SpoolerCallback, the delivery window through EventCallback. While an
-// operation waits on the window thread that thread runs its messages, so the application can call in again from an event
-// handler; what such a nested call may do, and how closing stays safe, is in closing.cpp.
+// Public operations run on the application's threads, mostly the one that opened the service (the window thread, on
+// which events are delivered). The spool thread enters through SpoolerCallback, the delivery window through
+// EventCallback. While an operation waits on the window thread that thread runs its messages, so the application can
+// call in again from an event handler; what such a nested call may do, and how closing stays safe, is in closing.cpp.
 class PrinterDevice final : public POSPrinterDevice,
                             public std::enable_shared_from_this<PrinterDevice>,
                             private spooler::ApplicationThread {
@@ -138,8 +139,6 @@ private:
     int32_t DoSetMapMode(int32_t mapMode);
     int32_t ConvertValueWithMapMode(int32_t Value);
     std::string CharacterSetList() const;
-    std::string TextOf(const std::string& member) const;
-    void SetText(std::string& member, const std::string& text);
 
     // Output
     int32_t RecordSpoolerResult(int32_t packed);
@@ -199,9 +198,8 @@ private:
     std::atomic<int32_t> ErrorLevel{1};
     std::atomic<int32_t> RotateMode{1};
     std::atomic<bool> COFreezeEvents_{false};
-    mutable platform::Lock textLock_;
-    std::string CheckHealthText MARBEX_GUARDED_BY(textLock_);
-    std::string ErrorString MARBEX_GUARDED_BY(textLock_);
+    LockedText CheckHealthText;
+    LockedText ErrorString;
     std::string PrinterSubModel;
 
     // Closing

@@ -1,7 +1,7 @@
 #pragma once
 
-// The state that a process has once, shared by all service objects in it: the current printer device, its model, and where
-// events go. (The service log keeps its own switch in support/, the port table its own list in comm/.)
+// The state that a process has once, shared by all service objects in it: the current printer device, its model, and
+// where events go. (The service log keeps its own switch in support/, the port table its own list in comm/.)
 
 #include <atomic>
 #include <cstdint>

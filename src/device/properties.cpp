@@ -25,8 +25,8 @@ void PrinterDevice::InitPropertyOnOpen()
     RotateMode = opos::PTR_RP_NORMAL;
     converter_.ResetScales();
     paperJam_ = false;
-    SetText(CheckHealthText, {});
-    SetText(ErrorString, {});
+    CheckHealthText.Set({});
+    ErrorString.Set({});
     LogWrite("[%s] InitPropertyOnOpen End", tag_);
 }
 
@@ -35,11 +35,20 @@ bool PrinterDevice::VerifyPropertyAccess(int32_t PIDX)
     LogWrite("[%s] VerifyPropertyAccess Begin (%d)", tag_, PIDX);
     bool allowed = false;
     switch (AccessOf(PIDX)) {
-        case PropertyAccess::kAlways: allowed = true; break;
-        case PropertyAccess::kOpen: allowed = VerifyMayUseAfter(1); break;
-        case PropertyAccess::kOpenClaimed: allowed = VerifyMayUseAfter(3); break;
-        case PropertyAccess::kOpenClaimedEnabled: allowed = VerifyMayUseAfter(7); break;
-        case PropertyAccess::kRefused: break;
+        case PropertyAccess::kAlways:
+            allowed = true;
+            break;
+        case PropertyAccess::kOpen:
+            allowed = VerifyMayUseAfter(1);
+            break;
+        case PropertyAccess::kOpenClaimed:
+            allowed = VerifyMayUseAfter(3);
+            break;
+        case PropertyAccess::kOpenClaimedEnabled:
+            allowed = VerifyMayUseAfter(7);
+            break;
+        case PropertyAccess::kRefused:
+            break;
     }
     LogWrite("[%s] VerifyPropertyAccess End", tag_);
     return allowed;
@@ -79,19 +88,32 @@ std::optional<std::string> PrinterDevice::GetPropertyString(int32_t PropIndex)
     if (!VerifyPropertyAccess(PropIndex)) return std::nullopt;
     std::string value;
     switch (PropIndex) {
-        case opos::PIDX_CheckHealthText: value = TextOf(CheckHealthText); break;
+        case opos::PIDX_CheckHealthText:
+            value = CheckHealthText.Get();
+            break;
         case opos::PIDX_DeviceDescription:
             value = "Marbex OPOS POSPrinter (" + std::string(model_.description) + ")";
             break;
-        case opos::PIDX_DeviceName: value = support::kPrinterProgId; break;
+        case opos::PIDX_DeviceName:
+            value = support::kPrinterProgId;
+            break;
         case opos::PIDX_ServiceObjectDescription:
             value = support::ServiceObjectDescriptionOf("Marbex OPOS POSPrinter SO V", platform::ModuleFileVersion());
             break;
-        case opos::PIDXPtr_CharacterSetList: value = CharacterSetList(); break;
-        case opos::PIDXPtr_RecLineCharsList: value = "42"; break;
-        case opos::PIDXPtr_ErrorString: value = TextOf(ErrorString); break;
-        case opos::PIDXPtr_FontTypefaceList: value = "0"; break;
-        default: break;  // the lists of stations and modes that the printers lack are empty
+        case opos::PIDXPtr_CharacterSetList:
+            value = CharacterSetList();
+            break;
+        case opos::PIDXPtr_RecLineCharsList:
+            value = "42";
+            break;
+        case opos::PIDXPtr_ErrorString:
+            value = ErrorString.Get();
+            break;
+        case opos::PIDXPtr_FontTypefaceList:
+            value = "0";
+            break;
+        default:
+            break;  // the lists of stations and modes that the printers lack are empty
     }
     LogWrite("[%s] GetPropertyString End", tag_);
     return value;
@@ -117,15 +139,26 @@ void PrinterDevice::SetPropertyNumber(int32_t PropIndex, int32_t Number)
     }
     if (const NumericProperty* property = PropertyTable::Find(PropIndex)) {
         switch (property->write) {
-            case WriteRule::kIgnored: break;
+            case WriteRule::kIgnored:
+                break;
             case WriteRule::kSameOnly:
                 if (Number != property->atOpen) SetErrorCode(opos::OPOS_E_ILLEGAL, 0);
                 break;
-            case WriteRule::kDeviceEnabled: SetDeviceEnabledState(Number != 0); break;
-            case WriteRule::kFreezeEvents: DoFreezeEvents(Number != 0); break;
-            case WriteRule::kAsyncMode: SetAsyncMode(Number != 0); break;
-            case WriteRule::kFlagWhenIdle: SetFlagWhenIdle(Number != 0); break;
-            case WriteRule::kMapMode: DoSetMapMode(Number); break;
+            case WriteRule::kDeviceEnabled:
+                SetDeviceEnabledState(Number != 0);
+                break;
+            case WriteRule::kFreezeEvents:
+                DoFreezeEvents(Number != 0);
+                break;
+            case WriteRule::kAsyncMode:
+                SetAsyncMode(Number != 0);
+                break;
+            case WriteRule::kFlagWhenIdle:
+                SetFlagWhenIdle(Number != 0);
+                break;
+            case WriteRule::kMapMode:
+                DoSetMapMode(Number);
+                break;
         }
     }
     LogWrite("[%s] SetPropertyNumber End", tag_);
@@ -152,11 +185,20 @@ int32_t PrinterDevice::ConvertValueWithMapMode(int32_t Value)
     LogWrite("[%s] ConvertValueWithMapMode Begin (%d)", tag_, Value);
     const int32_t mapMode = MapMode.load();
     switch (mapMode) {
-        case opos::PTR_MM_DOTS: LogWrite("[%s] ConvertValueWithMapMode PTR_MM_DOTS", tag_); break;
-        case opos::PTR_MM_TWIPS: LogWrite("[%s] ConvertValueWithMapMode PTR_MM_TWIPS", tag_); break;
-        case opos::PTR_MM_ENGLISH: LogWrite("[%s] ConvertValueWithMapMode PTR_MM_ENGLISH", tag_); break;
-        case opos::PTR_MM_METRIC: LogWrite("[%s] ConvertValueWithMapMode PTR_MM_METRIC", tag_); break;
-        default: break;
+        case opos::PTR_MM_DOTS:
+            LogWrite("[%s] ConvertValueWithMapMode PTR_MM_DOTS", tag_);
+            break;
+        case opos::PTR_MM_TWIPS:
+            LogWrite("[%s] ConvertValueWithMapMode PTR_MM_TWIPS", tag_);
+            break;
+        case opos::PTR_MM_ENGLISH:
+            LogWrite("[%s] ConvertValueWithMapMode PTR_MM_ENGLISH", tag_);
+            break;
+        case opos::PTR_MM_METRIC:
+            LogWrite("[%s] ConvertValueWithMapMode PTR_MM_METRIC", tag_);
+            break;
+        default:
+            break;
     }
     const int32_t dots = DotsOf(Value, mapMode);
     LogWrite("[%s] ConvertValueWithMapMode New Value %d", tag_, dots);

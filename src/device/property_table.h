@@ -1,6 +1,7 @@
 #pragma once
 
-// The numeric properties of the printer: which state each may be accessed in, its value at every open, and what a write does.
+// The numeric properties of the printer: which state each may be accessed in, its value at every open, and what a write
+// does.
 
 #include <atomic>
 #include <cstdint>
@@ -16,8 +17,8 @@ enum class PropertyAccess : uint8_t { kAlways, kOpen, kOpenClaimed, kOpenClaimed
 PropertyAccess AccessOf(int32_t index);
 
 enum class WriteRule : uint8_t {
-    kIgnored,      // succeeds and changes nothing
-    kSameOnly,     // the current value is accepted, any other refused
+    kIgnored,   // succeeds and changes nothing
+    kSameOnly,  // the current value is accepted, any other refused
     kDeviceEnabled,
     kFreezeEvents,
     kAsyncMode,

@@ -1,4 +1,5 @@
-// What the spooler reports becomes state and events. Runs on the spool thread, for synchronous jobs on the application's.
+// What the spooler reports becomes state and events. Runs on the spool thread, for synchronous jobs on the
+// application's.
 
 #include "device/printer_device.h"
 #include "opos/common.h"
@@ -51,7 +52,9 @@ int32_t PrinterDevice::OnSpooler(int32_t code, intptr_t argument1, intptr_t argu
             ChangeState(opos::OPOS_S_IDLE);
             if (FlagWhenIdle.exchange(0) != 0) Events.FireStatusUpdateEvent(opos::PTR_SUE_IDLE);
             break;
-        default: LogWrite("[%s] Unhandled CPrintSpooler CB_message", tag_); break;
+        default:
+            LogWrite("[%s] Unhandled CPrintSpooler CB_message", tag_);
+            break;
     }
     LogWrite("[%s] SpoolerCallback End", tag_);
     return answer;
@@ -82,13 +85,13 @@ int32_t PrinterDevice::FireError(const char* errorString, int32_t resultCode, in
 {
     ErrorLevel = opos::PTR_EL_RECOVERABLE;
     ErrorStation = opos::PTR_S_RECEIPT;
-    SetText(ErrorString, errorString);
-    // Queued output is retried unless the application says otherwise; in a call of the application's own an error that nobody
-    // handles belongs in the call's result.
+    ErrorString.Set(errorString);
+    // Queued output is retried unless the application says otherwise; in a call of the application's own an error that
+    // nobody handles belongs in the call's result.
     const int32_t preset = Spooler.RunsOnSpoolThread() ? opos::OPOS_ER_RETRY : opos::OPOS_ER_CLEAR;
     const int32_t answer = Events.FireErrorEvent(resultCode, resultCodeExtended, preset);
     ErrorLevel = opos::PTR_EL_NONE;
-    SetText(ErrorString, {});
+    ErrorString.Set({});
     return answer;
 }
 

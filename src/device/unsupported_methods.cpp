@@ -56,7 +56,10 @@ int32_t PrinterDevice::EndInsertion()
     return Refuse(opos::OPOS_E_ILLEGAL);
 }
 
-int32_t PrinterDevice::EndRemoval() { return Refuse(opos::OPOS_E_ILLEGAL); }
+int32_t PrinterDevice::EndRemoval()
+{
+    return Refuse(opos::OPOS_E_ILLEGAL);
+}
 
 int32_t PrinterDevice::PrintTwoNormal(int32_t, const std::string&, const std::string&)
 {

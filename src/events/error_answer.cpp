@@ -1,10 +1,10 @@
 // The error event's way back: whoever fires it waits for its own record to be answered.
 //
-// The answer can come from the application (through the window), from Clear (the record was still queued) and from closing.
-// On the thread that owns the window the wait runs that thread's messages, or nothing would ever arrive; and two cases end it
-// without the application: an application that froze its own events and then waits in a print call could never unfreeze them,
-// so half a minute of frozen time counts as CLEAR; and inside an event delivery the event thread cannot post another event, so
-// the record goes to the window procedure directly.
+// The answer can come from the application (through the window), from Clear (the record was still queued) and from
+// closing. On the thread that owns the window the wait runs that thread's messages, or nothing would ever arrive; and
+// two cases end it without the application: an application that froze its own events and then waits in a print call
+// could never unfreeze them, so half a minute of frozen time counts as CLEAR; and inside an event delivery the event
+// thread cannot post another event, so the record goes to the window procedure directly.
 
 #include <algorithm>
 
@@ -98,7 +98,8 @@ void CEventHandler::BeginClosing()
 {
     LockHold hold(awaitedLock_);
     closing_ = true;
-    for (const Awaited& awaited : awaited_) awaited.record->Resolve(opos::OPOS_ER_CLEAR);
+    for (const Awaited& awaited : awaited_)
+        awaited.record->Resolve(opos::OPOS_ER_CLEAR);
 }
 
 bool CEventHandler::ErrorAnswerAwaitedElsewhere() const

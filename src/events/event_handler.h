@@ -23,8 +23,8 @@ inline constexpr int32_t CB_STATUSUPDATEEVENT = 3;
 // The events of one device: fired by any thread, queued in order, delivered one at a time on the thread that opened the
 // handler, held back while frozen. An error event brings the application's answer back to whoever fired it.
 //
-// Fire..., Clear and the freezes may be called from any thread; Open and Close from the application's. The essay on who waits
-// for whom is in event_thread.cpp.
+// Fire..., Clear and the freezes may be called from any thread; Open and Close from the application's. The essay on who
+// waits for whom is in event_thread.cpp.
 class CEventHandler {
 public:
     using Callback = int32_t (*)(void* context, int32_t code, EventRecord& record);
@@ -39,8 +39,8 @@ public:
     // Null pointers stand for 0 and empty text.
     virtual void FireDirectIOEvent(int32_t eventNumber, const int32_t* pData, const std::u16string* pString);
     virtual void FireOutputCompleteEvent(int32_t outputId);
-    // Returns the application's answer. presetAnswer is what the application finds in the response and what stands when it
-    // leaves it alone; in NET mode it is OPOS_ER_CLEAR whatever is given.
+    // Returns the application's answer. presetAnswer is what the application finds in the response and what stands when
+    // it leaves it alone; in NET mode it is OPOS_ER_CLEAR whatever is given.
     virtual int32_t FireErrorEvent(int32_t resultCode, int32_t resultCodeExtended, int32_t presetAnswer);
     virtual void FireStatusUpdateEvent(int32_t data);
     virtual void SetNetMode(bool mode) { netMode = mode; }

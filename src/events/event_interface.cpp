@@ -2,13 +2,16 @@
 //
 // Who waits for whom, and why it always ends:
 //
-// - The event thread posts one record and waits for EventProcessingComplete, in slices of 2 s, so that it notices a request to
+// - The event thread posts one record and waits for EventProcessingComplete, in slices of 2 s, so that it notices a
+// request to
 //   end even if the window's thread never runs its messages again.
-// - The window waits for nobody: it hands the record to the handler's callback and signals. What the application does in its
+// - The window waits for nobody: it hands the record to the handler's callback and signals. What the application does
+// in its
 //   event handler takes as long as it takes; the device and this object are kept alive by references for that time.
-// - Close on the window's thread takes a posted message back and releases the event thread at once. Close on another thread
-//   lets the message arrive late; it is then acknowledged, not delivered, and completes nothing, since it is no longer the
-//   outstanding record.
+// - Close on the window's thread takes a posted message back and releases the event thread at once. Close on another
+// thread
+//   lets the message arrive late; it is then acknowledged, not delivered, and completes nothing, since it is no longer
+//   the outstanding record.
 // - A message whose record is unknown here (any process may post to a window) is not touched.
 
 #include "events/event_interface.h"
@@ -35,7 +38,10 @@ bool IsEventMessage(uint32_t message)
     return message >= WM_SO_DIRECTIO_EVENT_MESSAGE && message <= WM_SO_STATUSUPDATE_EVENT_MESSAGE;
 }
 
-uintptr_t ParameterOf(const EventRecord& record) { return reinterpret_cast<uintptr_t>(&record); }
+uintptr_t ParameterOf(const EventRecord& record)
+{
+    return reinterpret_cast<uintptr_t>(&record);
+}
 
 void LogDelivery(const EventRecord& record)
 {
@@ -43,7 +49,8 @@ void LogDelivery(const EventRecord& record)
     if (const auto* directIO = dynamic_cast<const DirectIOEventRecord*>(&record)) {
         const std::string text = platform::NarrowAnsi(directIO->string);
         LogWrite(
-            "[CEventInterface] ------ WindowProc Callback [WM_SO_DIRECTIO_EVENT_MESSAGE][Number=%d][Data=%d][String=%s]",
+            "[CEventInterface] ------ WindowProc Callback "
+            "[WM_SO_DIRECTIO_EVENT_MESSAGE][Number=%d][Data=%d][String=%s]",
             directIO->eventNumber, directIO->data, text.c_str());
     } else if (const auto* error = dynamic_cast<const ErrorEventRecord*>(&record)) {
         LogWrite(
@@ -193,10 +200,18 @@ void CEventInterface::Hand(EventRecord& record, const Receiver& receiver)
     CEventHandler& target = *receiver.handler;
     int32_t code = 0;
     switch (record.message) {
-        case WM_SO_DIRECTIO_EVENT_MESSAGE: code = target.DirectIOEventCode(); break;
-        case WM_SO_ERROR_EVENT_MESSAGE: code = target.ErrorEventCode(); break;
-        case WM_SO_OUTPUTCOMPLETE_EVENT_MESSAGE: code = target.OutputCompleteEventCode(); break;
-        default: code = target.StatusUpdateEventCode(); break;
+        case WM_SO_DIRECTIO_EVENT_MESSAGE:
+            code = target.DirectIOEventCode();
+            break;
+        case WM_SO_ERROR_EVENT_MESSAGE:
+            code = target.ErrorEventCode();
+            break;
+        case WM_SO_OUTPUTCOMPLETE_EVENT_MESSAGE:
+            code = target.OutputCompleteEventCode();
+            break;
+        default:
+            code = target.StatusUpdateEventCode();
+            break;
     }
     ++deliveryDepth_;
     target.InvokeCallback(code, record);

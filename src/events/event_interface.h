@@ -14,11 +14,11 @@ namespace marbex::events {
 
 class CEventHandler;
 
-// The delivery window: hidden, bound to the thread that opened the service, where every event is handed back to the handler
-// and so to the control object. Only the event thread posts to it, one record at a time.
+// The delivery window: hidden, bound to the thread that opened the service, where every event is handed back to the
+// handler and so to the control object. Only the event thread posts to it, one record at a time.
 //
-// Shared, because it outlives its handler when that is destroyed on another thread: the native window can be destroyed on its
-// own thread only. Who waits for whom stands in event_interface.cpp.
+// Shared, because it outlives its handler when that is destroyed on another thread: the native window can be destroyed
+// on its own thread only. Who waits for whom stands in event_interface.cpp.
 class CEventInterface final : public platform::WindowProcedure, public std::enable_shared_from_this<CEventInterface> {
 public:
     CEventInterface();
@@ -27,8 +27,8 @@ public:
     void Open(CEventHandler* newHandler);
     void Close();
 
-    // The native window. Create keeps one that belongs to the calling thread and replaces any other; false when the system
-    // refuses. Destroy returns before it has happened when called on another thread.
+    // The native window. Create keeps one that belongs to the calling thread and replaces any other; false when the
+    // system refuses. Destroy returns before it has happened when called on another thread.
     bool CreateNativeWindow();
     void DestroyNativeWindow();
     bool BelongsToCallingThread() const;
@@ -36,13 +36,13 @@ public:
     // Whether the calling thread is inside the delivery of an event.
     bool DeliversOnCallingThread() const { return BelongsToCallingThread() && deliveryDepth_.load() > 0; }
 
-    // The event thread's side. Post makes record the outstanding one and posts it; false when posting failed or the window
-    // has been told to stop. Forget ends the wait for it.
+    // The event thread's side. Post makes record the outstanding one and posts it; false when posting failed or the
+    // window has been told to stop. Forget ends the wait for it.
     bool Post(const std::shared_ptr<EventRecord>& record);
     void Forget();
 
-    // No record is accepted any more and whoever waits for EventProcessingComplete is released. On the window's own thread a
-    // message that has been posted is taken back; elsewhere it arrives late and is only acknowledged.
+    // No record is accepted any more and whoever waits for EventProcessingComplete is released. On the window's own
+    // thread a message that has been posted is taken back; elsewhere it arrives late and is only acknowledged.
     void StopDeliveries();
     void AllowDeliveries();
 

@@ -16,8 +16,8 @@ inline constexpr uint32_t WM_SO_ERROR_EVENT_MESSAGE = platform::kFirstApplicatio
 inline constexpr uint32_t WM_SO_OUTPUTCOMPLETE_EVENT_MESSAGE = platform::kFirstApplicationMessage + 3;
 inline constexpr uint32_t WM_SO_STATUSUPDATE_EVENT_MESSAGE = platform::kFirstApplicationMessage + 4;
 
-// One event. Shared by the queue or the event thread, by the posted message and by whoever waits for its answer; freed by
-// whoever is last.
+// One event. Shared by the queue or the event thread, by the posted message and by whoever waits for its answer; freed
+// by whoever is last.
 struct EventRecord : std::enable_shared_from_this<EventRecord> {
     explicit EventRecord(uint32_t messageNumber) : message(messageNumber) {}
     virtual ~EventRecord() = default;
@@ -50,8 +50,8 @@ struct ErrorEventRecord final : EventRecord {
     bool IsResolved() const { return resolved_.load(); }
     int32_t Answer() const { return answer_.load(); }
 
-    // Signalled once the record is resolved. One a record, so that of two threads that wait for answers neither can miss its
-    // own when the other begins a new wait.
+    // Signalled once the record is resolved. One a record, so that of two threads that wait for answers neither can
+    // miss its own when the other begins a new wait.
     const std::unique_ptr<platform::Event> ErrorResponseReturned;
 
 private:

@@ -14,7 +14,7 @@ struct IdentityCheck {
     bool extendedAfterFF = false;       // a first answer of 0xFF leads to the two-byte question
     bool firstAnswerMustBeFF = false;   // any other first answer fails
     bool wholeSeconds = true;           // the time limit of 2 s is taken in whole seconds, else in milliseconds
-    std::span<const uint16_t> accepted;
+    std::span<const uint16_t> accepted{};
 };
 
 enum class CutCommand : uint8_t {
@@ -32,7 +32,7 @@ enum class Recovery : uint8_t { kCan, kDleEnq2 };
 
 struct EncoderTraits {
     CutCommand cut = CutCommand::kFullAt100ElsePartial;
-    std::string_view presenter;     // what follows ESC i in the presenter cuts: GS e ...
+    std::string_view presenter{};   // what follows ESC i in the presenter cuts: GS e ...
     bool afterCutSequence = false;  // GS e 0x05 before the next text after a cut
     uint16_t rasterWidth = 608;     // dots
     StatusVariant status = StatusVariant::kReference;
@@ -40,9 +40,9 @@ struct EncoderTraits {
     bool queriesErrorBit = false;   // QueryErrorBit asks the printer; else it answers false
     bool waitsForBitmapEnd = false;
     uint32_t secondaryComPort = 0;  // 0: none
-    std::string_view startUpBytes;  // sent right after the port is open
+    std::string_view startUpBytes{};  // sent right after the port is open
     bool asksWideMechanism = false; // the raster width is 976 when the printer reports its wide mechanism
-    IdentityCheck identity;
+    IdentityCheck identity{};
 };
 
 }  // namespace marbex::printer

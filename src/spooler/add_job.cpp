@@ -44,11 +44,26 @@ private:
 
 }  // namespace
 
-int32_t CPrintSpooler::SetBold(bool flag) { return ChangeFlag(pendingModes_, kBold, flag); }
-int32_t CPrintSpooler::SetDoubleWidth(bool flag) { return ChangeFlag(pendingModes_, kDoubleWidth, flag); }
-int32_t CPrintSpooler::SetItalic(bool flag) { return ChangeFlag(pendingModes_, kItalic, flag); }
-int32_t CPrintSpooler::SetDoubleHeight(bool flag) { return ChangeFlag(pendingModes_, kDoubleHeight, flag); }
-int32_t CPrintSpooler::SetUnderlined(bool flag) { return ChangeFlag(pendingModes_, kUnderlined, flag); }
+int32_t CPrintSpooler::SetBold(bool flag)
+{
+    return ChangeFlag(pendingModes_, kBold, flag);
+}
+int32_t CPrintSpooler::SetDoubleWidth(bool flag)
+{
+    return ChangeFlag(pendingModes_, kDoubleWidth, flag);
+}
+int32_t CPrintSpooler::SetItalic(bool flag)
+{
+    return ChangeFlag(pendingModes_, kItalic, flag);
+}
+int32_t CPrintSpooler::SetDoubleHeight(bool flag)
+{
+    return ChangeFlag(pendingModes_, kDoubleHeight, flag);
+}
+int32_t CPrintSpooler::SetUnderlined(bool flag)
+{
+    return ChangeFlag(pendingModes_, kUnderlined, flag);
+}
 
 int32_t CPrintSpooler::ClearCutSent()
 {

@@ -6,9 +6,9 @@
 
 namespace marbex::spooler {
 
-// How the spooler waits. An error answer, and so everything that waits for it, can only come from the thread that owns the
-// delivery window; when the spooler waits on that very thread, the thread must run its messages meanwhile. The device knows
-// the window and implements this; the base waits plainly, which is right on every other thread.
+// How the spooler waits. An error answer, and so everything that waits for it, can only come from the thread that owns
+// the delivery window; when the spooler waits on that very thread, the thread must run its messages meanwhile. The
+// device knows the window and implements this; the base waits plainly, which is right on every other thread.
 class ApplicationThread {
 public:
     virtual ~ApplicationThread() = default;

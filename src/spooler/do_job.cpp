@@ -29,9 +29,15 @@ int32_t ErrorResultOf(const PrinterStatus& status)
 
 }  // namespace
 
-bool CPrintSpooler::AcquirePrinter() { return application.AcquirePrinter(*hMutexPrinter); }
+bool CPrintSpooler::AcquirePrinter()
+{
+    return application.AcquirePrinter(*hMutexPrinter);
+}
 
-void CPrintSpooler::ReleasePrinter() { hMutexPrinter->Release(); }
+void CPrintSpooler::ReleasePrinter()
+{
+    hMutexPrinter->Release();
+}
 
 int32_t CPrintSpooler::DoJob(CSpoolJob& job, bool* retry)
 {
@@ -47,12 +53,15 @@ int32_t CPrintSpooler::DoJob(CSpoolJob& job, bool* retry)
             clock.Sleep(kNopMilliseconds);
             LogWrite("[%s] --- DoJob JOB_NOP Debug -", traits.tag);
             break;
-        case JobMeaning::kNotHandled: LogWrite("[%s] --- DoJob JOB_??? **NOT HANDLED**", traits.tag); break;
+        case JobMeaning::kNotHandled:
+            LogWrite("[%s] --- DoJob JOB_??? **NOT HANDLED**", traits.tag);
+            break;
         case JobMeaning::kPrintTransaction:
             LogWrite("[%s] --- DoJob JOB_PRINT_TRANSACTION **ERROR**", traits.tag);
             break;
         case JobMeaning::kPrintImmediate:
-        case JobMeaning::kNothing: break;
+        case JobMeaning::kNothing:
+            break;
         case JobMeaning::kPrintNormal:
         case JobMeaning::kCutPaper:
         case JobMeaning::kPrintBarcode:
@@ -107,7 +116,8 @@ int32_t CPrintSpooler::Attempt(CSpoolJob& job, bool* retry)
 bool CPrintSpooler::AskWhetherToRetry(CSpoolJob& job, const PrinterStatus& status, int32_t result)
 {
     LogWrite("[%s] --- DoJob Printer Error %d", traits.tag, result);
-    int32_t answer = InvokeCallback(CB_PRINTERROR, reinterpret_cast<intptr_t>(&status), static_cast<intptr_t>(job.outputId));
+    int32_t answer =
+        InvokeCallback(CB_PRINTERROR, reinterpret_cast<intptr_t>(&status), static_cast<intptr_t>(job.outputId));
     // Output that was cleared while the answer was awaited stays cleared.
     if (answer == opos::OPOS_ER_RETRY && job.cancelled.load()) answer = opos::OPOS_ER_CLEAR;
     if (answer == opos::OPOS_ER_RETRY) {
@@ -155,22 +165,24 @@ int32_t CPrintSpooler::Execute(const CSpoolJob& job)
         case JobMeaning::kPrintBitmap:
             LogWrite("[%s] --- DoJob JOB_PRINT_BITMAP BmpData", traits.tag);
             return encoder.PrintBitmap(*std::get<BitmapPayload>(job.buffer));
-        default: return 0;
+        default:
+            return 0;
     }
 }
 
 int32_t CPrintSpooler::DoPrintTransaction(uint32_t serial)
 {
     LogWrite("[%s] --- DoPrintTransaction Begin", traits.tag);
-    // The list is taken whole and the transaction closed in one step: what comes later is queued on its own and cannot vanish
-    // in a record that has been printed already.
+    // The list is taken whole and the transaction closed in one step: what comes later is queued on its own and cannot
+    // vanish in a record that has been printed already.
     JobList jobs;
     {
         platform::MutexHold hold(*hMutexQueue);
         if (transactionNumber.load() != 0 && serial == transactionSerial_) {
             jobs.swap(transactionList);
             transactionNumber = 0;
-            for (const auto& job : jobs) executing_.push_back(job.get());
+            for (const auto& job : jobs)
+                executing_.push_back(job.get());
         }
     }
 
@@ -179,13 +191,15 @@ int32_t CPrintSpooler::DoPrintTransaction(uint32_t serial)
     do {
         result = 0;
         answerRetry = false;
-        for (auto job = jobs.begin(); job != jobs.end() && result == 0; ++job) result = DoJob(**job, &answerRetry);
+        for (auto job = jobs.begin(); job != jobs.end() && result == 0; ++job)
+            result = DoJob(**job, &answerRetry);
         if (answerRetry) PauseBeforeRetry(*jobs.front());
     } while (answerRetry);
 
     LogWrite("[%s] --- ClearTransaction Begin", traits.tag);
     LogWrite("[%s] --- ClearTransactionList Begin", traits.tag);
-    for (const auto& job : jobs) EndExecuting(*job);
+    for (const auto& job : jobs)
+        EndExecuting(*job);
     jobs.clear();
     LogWrite("[%s] --- ClearTransactionList End", traits.tag);
     LogWrite("[%s] --- ClearTransaction End", traits.tag);

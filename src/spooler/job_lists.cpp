@@ -1,5 +1,5 @@
-// The three job lists: filling, clearing, and the transaction. hMutexQueue guards them all, and the list of records that
-// are being executed, which a clear marks so that they are not attempted again.
+// The three job lists: filling, clearing, and the transaction. hMutexQueue guards them all, and the list of records
+// that are being executed, which a clear marks so that they are not attempted again.
 
 #include <algorithm>
 
@@ -19,7 +19,8 @@ std::atomic<uint32_t> transactionCounter{0};
 uint32_t NextTransactionNumber()
 {
     uint32_t number = ++transactionCounter;
-    while (number == 0) number = ++transactionCounter;
+    while (number == 0)
+        number = ++transactionCounter;
     return number;
 }
 
@@ -59,7 +60,8 @@ int32_t CPrintSpooler::Clear()
 
 void CPrintSpooler::CancelExecuting()
 {
-    for (CSpoolJob* job : executing_) job->cancelled = true;
+    for (CSpoolJob* job : executing_)
+        job->cancelled = true;
     pauseEnded_->Set();
 }
 
@@ -70,7 +72,8 @@ void CPrintSpooler::ClearInProgressList()
     {
         MutexHold hold(*hMutexQueue);
         removed.swap(inProgressList);
-        for (const auto& job : removed) job->cancelled = true;
+        for (const auto& job : removed)
+            job->cancelled = true;
         CancelExecuting();
     }
     removed.clear();

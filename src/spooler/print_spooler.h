@@ -10,6 +10,8 @@
 
 #include "platform/clock.h"
 #include "platform/kernel.h"
+#include "platform/lock.h"
+#include "printer/barcode_engine.h"
 #include "printer/printer_encoder.h"
 #include "printer/printer_status.h"
 #include "spooler/application_thread.h"
@@ -42,12 +44,14 @@ struct SpoolerTraits {
     bool reportsFullStatus = false;  // CB_STATUSCHANGE carries the four full-status bytes
 };
 
-// The print spooler of one device: takes validated output and prints it at once on the caller's thread (synchronous mode),
-// on its own spool thread (asynchronous mode) or collected as one transaction, and watches the printer when it is idle.
+// The print spooler of one device: takes validated output and prints it at once on the caller's thread (synchronous
+// mode), on its own spool thread (asynchronous mode) or collected as one transaction, and watches the printer when it
+// is idle.
 //
-// Any thread may call it; a second AddJob at the same time is refused with kBusy. Lock order: hSyncSemaphore, hMutexPrinter,
-// hMutexQueue. The four kernel objects are made with the spooler and live as long, so that a late call from another thread
-// meets an object and not a freed handle. Who waits for whom, and why it always ends, stands in spool_thread.cpp.
+// Any thread may call it; a second AddJob at the same time is refused with kBusy. Lock order: hSyncSemaphore,
+// hMutexPrinter, hMutexQueue. The four kernel objects are made with the spooler and live as long, so that a late call
+// from another thread meets an object and not a freed handle. Who waits for whom, and why it always ends, stands in
+// spool_thread.cpp.
 class CPrintSpooler {
 public:
     using Callback = int32_t (*)(void* context, int32_t code, intptr_t argument1, intptr_t argument2);
@@ -58,7 +62,7 @@ public:
     CPrintSpooler& operator=(const CPrintSpooler&) = delete;
 
     virtual int32_t Open(uint32_t options);  // -1 when no thread can be had; closes first when open
-    virtual int32_t Close();                 // prints what was queued before, then ends the thread; every list is emptied
+    virtual int32_t Close();  // prints what was queued before, then ends the thread; every list is emptied
     virtual int32_t SetCallback(Callback fn, void* context);
     virtual int32_t RemoveCallback();
     virtual int32_t AttachPrinter(printer::CPrinterEncoder* encoder);
@@ -112,7 +116,8 @@ private:
     bool IsReady() const { return opened.load() && !closing.load(); }
 
     int32_t RefuseAsBusy();
-    int32_t Admit(int32_t type, const std::string& text, JobPayload buffer, uint32_t length, std::atomic<int32_t>* outputId);
+    int32_t Admit(int32_t type, const std::string& text, JobPayload buffer, uint32_t length,
+                  std::atomic<int32_t>* outputId);
     int32_t RunImmediate(const CSpoolJob& job);
     int32_t RunSynchronously(CSpoolJob& job);
     int32_t RunTransaction(CSpoolJob& job);
@@ -151,8 +156,9 @@ private:
     const std::unique_ptr<platform::Mutex> hMutexPrinter;
     const std::unique_ptr<platform::Mutex> hMutexQueue;
     const std::unique_ptr<platform::Semaphore> hSyncSemaphore;
-    const std::unique_ptr<platform::Event> printerAttached_;  // manual: the thread's first query waits for it, or for Close
-    const std::unique_ptr<platform::Event> pauseEnded_;       // manual: ends the pause before a repeated attempt
+    const std::unique_ptr<platform::Event>
+        printerAttached_;                                // manual: the thread's first query waits for it, or for Close
+    const std::unique_ptr<platform::Event> pauseEnded_;  // manual: ends the pause before a repeated attempt
 
     JobList asyncList MARBEX_GUARDED_BY(*hMutexQueue);
     JobList transactionList MARBEX_GUARDED_BY(*hMutexQueue);
@@ -177,6 +183,10 @@ private:
     std::atomic<int64_t> lastNearEndQueryTime;
     std::atomic<uint32_t> options{0};
     std::atomic<uint8_t> pendingModes_{0};
+
+    // One engine a spooler, used by one request at a time.
+    platform::Lock barcodeLock_;
+    printer::BarcodeEngine barcodeEngine_ MARBEX_GUARDED_BY(barcodeLock_);
 };
 
 }  // namespace marbex::spooler

@@ -31,8 +31,8 @@ public:
     CSpoolJob(const CSpoolJob&) = delete;
     CSpoolJob& operator=(const CSpoolJob&) = delete;
 
-    const int32_t type;    // job type code in the model's numbering
-    std::string text;      // print data, or the cut percentage in decimal
+    const int32_t type;  // job type code in the model's numbering
+    std::string text;    // print data, or the cut percentage in decimal
     const JobPayload buffer;
     const uint32_t length;    // of the payload, in bytes as the payload is told
     const uint32_t outputId;  // the output identifier counter when the job was made

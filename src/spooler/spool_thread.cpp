@@ -6,11 +6,12 @@
 //   before and leaves; a job queued later is refused, so the drain is finite.
 // - Its first status query waits for a printer to be attached, or for Close.
 // - While it asks the application about a failed job it holds hMutexPrinter and waits, in the device's callback, for an
-//   answer that only the application's thread can give. That thread may itself wait for hMutexPrinter (an immediate print),
-//   for the admission of AddJob, or for this thread's end (Close). Every such wait goes through ApplicationThread, which runs
-//   the thread's messages meanwhile, so the question reaches the application; and when the question cannot be put (the
-//   thread is inside an event already, or the events stay frozen), the wait gives up with BUSY. A closing device answers
-//   every question with CLEAR at once, so Close waits for the healthy part of the queue and one failing transfer at most.
+//   answer that only the application's thread can give. That thread may itself wait for hMutexPrinter (an immediate
+//   print), for the admission of AddJob, or for this thread's end (Close). Every such wait goes through
+//   ApplicationThread, which runs the thread's messages meanwhile, so the question reaches the application; and when
+//   the question cannot be put (the thread is inside an event already, or the events stay frozen), the wait gives up
+//   with BUSY. A closing device answers every question with CLEAR at once, so Close waits for the healthy part of the
+//   queue and one failing transfer at most.
 // - A pause before a repeated attempt is ended by Clear and by closing; it lasts half a second otherwise.
 // - hMutexQueue is held for a few list operations only and never while anything else is waited for.
 
