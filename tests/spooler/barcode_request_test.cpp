@@ -7,43 +7,23 @@
 
 #include "opos/common.h"
 #include "opos/printer.h"
-#include "platform/files.h"
-#include "support/service_log.h"
+#include "spooler/request_log.h"
 
 namespace marbex::spooler {
 namespace {
 
 using namespace opos;
 
-std::vector<std::string>& Lines()
-{
-    static std::vector<std::string> lines;
-    return lines;
-}
-
-// Takes the service log's lines without their time stamps.
 class BarcodeRequestTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        Lines().clear();
-        platform::CaptureDebugOutput([](std::string_view line) {
-            line.remove_prefix(line.find(']') + 1);
-            Lines().emplace_back(line.substr(0, line.find_last_not_of("\r\n") + 1));
-        });
-        support::LogOpen("", 1, 1, 1);
-    }
-    void TearDown() override
-    {
-        support::LogClose();
-        platform::CaptureDebugOutput(nullptr);
-    }
-
     int32_t Prepare(const BarcodeRequest& request, bool logsCastWidth = true)
     {
         return PrepareBarcode("CPrintSpoolerTalis", logsCastWidth, engine_, request, payload_);
     }
 
+    static std::vector<std::string>& Lines() { return test::RequestLog::Lines(); }
+
+    test::RequestLog log_;
     printer::BarcodeEngine engine_;
     printer::BarcodeDataStruct payload_{};
 };

@@ -18,7 +18,7 @@ namespace {
 
 // A scan of a progressive file may say "nothing changes" for the whole picture in a few bytes; so many pixels may be
 // gone through in all.
-constexpr uint64_t kMaxScannedPixels = 2ULL << 30;
+constexpr uint64_t kMaxScannedPixels = 1ULL << 30;
 
 struct ErrorExit {
     jpeg_error_mgr manager;

@@ -1,0 +1,53 @@
+#pragma once
+
+// Picture files for tests, written by the libraries of the formats and, for BMP, by hand.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace marbex::test {
+
+struct Pixels {
+    uint32_t width = 0;
+    uint32_t height = 0;
+    std::vector<uint32_t> values;  // 0xAARRGGBB, row by row from the top
+
+    uint32_t At(uint32_t x, uint32_t y) const { return values[std::size_t{y} * width + x]; }
+};
+
+Pixels MakePixels(uint32_t width, uint32_t height, const std::function<uint32_t(uint32_t, uint32_t)>& at);
+
+std::string MakePng(const Pixels& pixels, bool interlaced = false);
+enum class JpegKind { kGray, kColor, kInks };
+std::string MakeJpeg(const Pixels& pixels, JpegKind kind, bool progressive);
+// The values are indices into palette; transparent below 0 for none. The frame stands at left, top of a screen.
+struct GifOptions {
+    std::vector<uint32_t> palette;
+    int transparent = -1;
+    bool interlaced = false;
+    uint32_t left = 0;
+    uint32_t top = 0;
+    uint32_t screenWidth = 0;  // 0: the size of the frame
+    uint32_t screenHeight = 0;
+    int frames = 1;
+};
+std::string MakeGif(const Pixels& indices, const GifOptions& options);
+
+// A BMP from its parts. The palette holds 0xRRGGBB, the masks stand behind a 40-byte header or in a larger one.
+struct BmpOptions {
+    uint32_t headerSize = 40;
+    uint32_t bits = 24;
+    uint32_t compression = 0;
+    bool topDown = false;
+    std::vector<uint32_t> palette;
+    std::vector<uint32_t> masks;
+    std::string pixelData;  // as stored
+};
+std::string MakeBmp(uint32_t width, uint32_t height, const BmpOptions& options);
+
+// Stored rows of values of so many bits each, padded to four bytes, bottom-up unless told otherwise.
+std::string PackBmpRows(const Pixels& values, uint32_t bits, bool topDown = false);
+
+}  // namespace marbex::test
