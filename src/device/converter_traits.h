@@ -17,17 +17,9 @@ inline constexpr CutSequence kCutAfterFourFeeds{"\n\n\n\n\x1Bm", "\n\n\n\n\x1Bi"
 inline constexpr CutSequence kCutAfterFiveFeeds{"\n\n\n\n\n\x1Bm", "\n\n\n\n\n\x1Bi"};
 inline constexpr CutSequence kCutAfterSixFeeds{"\n\n\n\n\n\n\x1Bm", "\n\n\n\n\n\n\x1Bi"};
 inline constexpr CutSequence kPartialCutAfterFiveFeeds{"\n\n\n\n\n\x1Bm", "\n\n\n\n\n\x1Bm"};
-// With a presenter: cut, a line feed, and GS e 3 3 to hold the paper out.
-inline constexpr CutSequence kPartialCutAndPresent{
-    "\n\x1Bm\n\x1D"
-    "e\x03\x03",
-    "\n\x1Bm\n\x1D"
-    "e\x03\x03"};
-inline constexpr CutSequence kFullCutAndPresent{
-    "\n\x1Bi\n\x1D"
-    "e\x03\x03",
-    "\n\x1Bi\n\x1D"
-    "e\x03\x03"};
+// With a presenter: the cut, a line feed, and GS e 3 3, which holds the paper out.
+inline constexpr CutSequence kPartialCutAndPresent{"\n\x1Bm\n\x1D\x65\x03\x03", "\n\x1Bm\n\x1D\x65\x03\x03"};
+inline constexpr CutSequence kFullCutAndPresent{"\n\x1Bi\n\x1D\x65\x03\x03", "\n\x1Bi\n\x1D\x65\x03\x03"};
 inline constexpr CutSequence kThreeFeedsNoCut{"\n\n\n", "\n\n\n"};
 inline constexpr CutSequence kNoCut{"", "", false};
 
