@@ -9,20 +9,16 @@
 #include "platform/clock.h"
 #include "printer/encoder_traits.h"
 #include "printer/job_payloads.h"
+#include "printer/printer_link.h"
 #include "printer/printer_status.h"
 
 namespace marbex::printer {
 
-// Results of the encoder's own; they are not OPOS codes.
-inline constexpr int32_t kEncoderOk = 0;
-inline constexpr int32_t kEncoderTextNotSent = 1;
-inline constexpr int32_t kEncoderPortNotOpen = 2;
-inline constexpr int32_t kEncoderPortFailed = 3;
-inline constexpr int32_t kEncoderOpenFailed = 5;
-
 // The printer command object: the only place that writes the printer's command language and reads its status.
-// Does not own the port. Transfers are serialised by the spooler's printer mutex; IsInError and RequestStop may be called
-// from any thread. Virtual so that a test can stand in for a printer.
+//
+// Does not own the port, which must live until it is detached. Operations return kEncoderOk or one of the small codes
+// of printer_link.h, for most of them the result of their last write. Transfers are serialised by the spooler's printer
+// mutex; IsInError and RequestStop may be called from any thread. Virtual so that a test can stand in for a printer.
 class CPrinterEncoder {
 public:
     CPrinterEncoder(const EncoderTraits& traits, platform::Clock& clock);
@@ -30,13 +26,17 @@ public:
     CPrinterEncoder(const CPrinterEncoder&) = delete;
     CPrinterEncoder& operator=(const CPrinterEncoder&) = delete;
 
-    virtual int32_t AttachPort(comm::CPrinterPort* port);
-    virtual int32_t DetachPort();
+    virtual int32_t AttachPort(comm::CPrinterPort* newPort);  // a null one is ignored
+    virtual int32_t DetachPort();                             // closes it first
+    // Opens the port, its second connection where the model has one, and sends the model's start-up bytes. 0 also when
+    // it is open already or there is no port; kEncoderOpenFailed.
     virtual int32_t Open();
     virtual void Close();
     virtual bool IsOpen() const;
 
-    virtual int32_t PrintText(std::string_view text);  // NUL markers become 0x00
+    // Each NUL marker is sent as 0x00. kEncoderTextNotSent, half a second later and with the failure flag set, when a write
+    // fails, and, without a write, when the flag was set before.
+    virtual int32_t PrintText(std::string_view text);
     virtual int32_t PrintBarcode(const BarcodeDataStruct& barcode);
     virtual int32_t PrintBitmap(const BitmapDataStruct& bitmap);
     virtual int32_t SendDirect(const DirectIODataStruct& direct);
@@ -49,7 +49,8 @@ public:
     virtual void CleanBoth();
 
     // Asks the printer for its condition. 0, or 1 with the no-response flag and the failure flag set.
-    // fullStatus, when given, receives the four full-status bytes as one number (first byte lowest).
+    // fullStatus, when given, receives the four full-status bytes as one number (first byte lowest), 0 when there was
+    // no answer. A paper jam sets the failure flag too, with the result 0. No model uses askNearEnd.
     virtual int32_t GetStatus(PrinterStatus& status, bool askNearEnd, uint32_t* fullStatus = nullptr);
     virtual bool IsInError() const { return failed.load(); }  // the sticky communication-failure flag
     virtual int32_t RecoverFromError();
@@ -57,18 +58,22 @@ public:
 
     // Whether the printer at the other end is the model it should be (GS I); used once, while opening.
     virtual bool CheckPrinter();
-    // What is sent and asked at opening: start-up bytes, initialisation, error bit. Sets or clears the failure flag.
+    // What is asked and sent once the printer is known: its mechanism where there are two, initialisation, error bit.
+    // Sets or clears the failure flag.
     virtual void InitialiseAtOpen();
 
     // True ends a long wait for the printer (the end of a bitmap) at once, now and until false.
     void RequestStop(bool stop) { stopRequested.store(stop); }
 
 protected:
+    PrinterLink Link() const { return PrinterLink(port); }
+
     const EncoderTraits& traits;
     platform::Clock& clock;
     comm::CPrinterPort* port = nullptr;
     std::atomic<bool> failed{false};
-    bool cutSent = false;
+    bool cutSent = false;  // the next text is preceded by the after-cut sequence
+    uint32_t rasterWidth;  // dots
     std::atomic<bool> stopRequested{false};
 };
 
