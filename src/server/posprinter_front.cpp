@@ -40,7 +40,7 @@ support::DeviceProfileStruct ReadProfileOf(const std::string& deviceName)
 {
     support::DeviceProfileStruct profile{};
     support::CDeviceRegistry registry;
-    registry.SelectDevice(deviceName);
+    registry.SelectDevice(platform::Utf8FromUtf16(platform::WidenAnsi(deviceName)));
     if (!registry.ReadProfile(profile)) registry.SetDefaults(profile);
     return profile;
 }
