@@ -106,8 +106,8 @@ public:
     {
         OLECHAR* asked = name.data();
         DISPID id = 0;
-        EXPECT_EQ(object_->GetIDsOfNames(IID_NULL, &asked, 1, LOCALE_SYSTEM_DEFAULT, &id),
-                  id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK);
+        const HRESULT result = object_->GetIDsOfNames(IID_NULL, &asked, 1, LOCALE_SYSTEM_DEFAULT, &id);
+        EXPECT_EQ(result, id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK);
         return id;
     }
 

@@ -223,7 +223,8 @@ TEST_F(Front, OpeningIsRefusedWhileAnOperationWaits)
     calls.clear();
     device->waits = true;
     device->onCall = [&](const std::string& operation) {
-        if (operation == "PrintNormal") EXPECT_EQ(Open(), 113);
+        if (operation != "PrintNormal") return;
+        EXPECT_EQ(Open(), 113);
     };
     EXPECT_EQ(client->Number(u"PrintNormal", {2, u"x"}), 77);
     EXPECT_EQ(calls, Calls{"PrintNormal(2,x)"});
