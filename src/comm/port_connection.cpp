@@ -107,7 +107,18 @@ uint32_t CPortConnection::OpenSteps()
     // The new record is the current one, but another connection may select its own meanwhile.
     PortRecord* record = table_.Find(communicationId_);
     if (record == nullptr) return kPortMissing;
-    return comType_ == kEthernet ? OpenEthernet(*record) : kPortMissing;
+    if (comType_ == kEthernet) return OpenEthernet(*record);
+    return comType_ == kUsb ? OpenUsb(*record) : OpenSerial(*record);
+}
+
+uint32_t CPortConnection::OpenSerial(PortRecord& record)
+{
+    const uint32_t flowControl = handshake_ == 2 ? 1 : 0;
+    uint32_t result =
+        record.InitSerialPort(serialPortName_.c_str(), baudRate_, parity_, byteSize_, stopBits_, flowControl);
+    if (result == kPortOk) result = record.SetSerialTimeout(10, receiveTimeout_, 10, sendTimeout_, 100);
+    if (result == kPortOk) result = record.SetPacketSize(1024, 256);
+    return result == kPortOk ? record.Open() : result;
 }
 
 uint32_t CPortConnection::OpenEthernet(PortRecord& record)
@@ -115,6 +126,14 @@ uint32_t CPortConnection::OpenEthernet(PortRecord& record)
     uint32_t result = record.InitEthTCP(address_.c_str(), tcpPort_);
     if (result == kPortOk) result = record.SetEthTimeout(sendTimeout_, receiveTimeout_);
     if (result == kPortOk) result = record.SetPacketSize(1024, 256);
+    return result == kPortOk ? record.Open() : result;
+}
+
+uint32_t CPortConnection::OpenUsb(PortRecord& record)
+{
+    uint32_t result = record.InitUsbPrinter(printerName_.c_str());
+    if (result == kPortOk) result = record.SetUsbTimeout(sendTimeout_, receiveTimeout_);
+    if (result == kPortOk) result = record.SetPacketSize(1024, 64);
     return result == kPortOk ? record.Open() : result;
 }
 

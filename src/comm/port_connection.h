@@ -42,7 +42,9 @@ public:
 
 private:
     uint32_t OpenSteps();
+    uint32_t OpenSerial(PortRecord& record);
     uint32_t OpenEthernet(PortRecord& record);
+    uint32_t OpenUsb(PortRecord& record);
 
     PortTable& table_;
     int32_t comType_ = kSerial;

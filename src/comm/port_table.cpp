@@ -94,6 +94,32 @@ uint32_t PortTable::OnCurrent(Call call)
     return record == nullptr ? kPortMissing : call(*record);
 }
 
+uint32_t PortTable::InitSerialPort(const char* portName, uint32_t baudRate, uint32_t parity, uint32_t byteSize,
+                                   uint32_t stopBits, uint32_t flowControl)
+{
+    return OnCurrent([=](PortRecord& record) {
+        return record.InitSerialPort(portName, baudRate, parity, byteSize, stopBits, flowControl);
+    });
+}
+
+uint32_t PortTable::SetSerialTimeout(uint32_t readInterval, uint32_t readConstant, uint32_t readMultiplier,
+                                     uint32_t writeConstant, uint32_t writeMultiplier)
+{
+    return OnCurrent([=](PortRecord& record) {
+        return record.SetSerialTimeout(readInterval, readConstant, readMultiplier, writeConstant, writeMultiplier);
+    });
+}
+
+uint32_t PortTable::InitUsbPrinter(const char* printerName)
+{
+    return OnCurrent([=](PortRecord& record) { return record.InitUsbPrinter(printerName); });
+}
+
+uint32_t PortTable::SetUsbTimeout(uint32_t sendMilliseconds, uint32_t receiveMilliseconds)
+{
+    return OnCurrent([=](PortRecord& record) { return record.SetUsbTimeout(sendMilliseconds, receiveMilliseconds); });
+}
+
 uint32_t PortTable::InitEthTCP(const char* address, uint32_t port)
 {
     return OnCurrent([=](PortRecord& record) { return record.InitEthTCP(address, port); });

@@ -26,16 +26,22 @@ public:
                                      const char* logFilePath, uint32_t* communicationId);
     uint32_t SetCommunicationPort(uint32_t communicationId);
 
+    uint32_t InitSerialPort(const char* portName, uint32_t baudRate, uint32_t parity, uint32_t byteSize,
+                            uint32_t stopBits, uint32_t flowControl);
+    uint32_t SetSerialTimeout(uint32_t readInterval, uint32_t readConstant, uint32_t readMultiplier,
+                              uint32_t writeConstant, uint32_t writeMultiplier);
+    uint32_t AdvSetSerialDTR(bool on);
+    uint32_t AdvSetSerialRTS(bool on);
     uint32_t InitEthTCP(const char* address, uint32_t port);
     uint32_t SetEthTimeout(uint32_t sendMilliseconds, uint32_t receiveMilliseconds);
+    uint32_t InitUsbPrinter(const char* printerName);
+    uint32_t SetUsbTimeout(uint32_t sendMilliseconds, uint32_t receiveMilliseconds);
     uint32_t SetPacketSize(uint32_t writeBytes, uint32_t readBytes);
     uint32_t Open();
     uint32_t Write(const uint8_t* buffer, uint16_t length);
     uint32_t Read(uint8_t* buffer, uint32_t size, uint32_t* count);
     uint32_t Clean(bool clearOutput, bool clearInput);
     uint32_t Close();
-    uint32_t AdvSetSerialDTR(bool on);
-    uint32_t AdvSetSerialRTS(bool on);
 
     // SetCommunicationPort and the record it made current, in one step that no other thread divides; null without one.
     PortRecord* Select(uint32_t communicationId);

@@ -12,9 +12,9 @@
 namespace marbex::comm {
 namespace {
 
-using testing::ReadLog;
-using testing::ReadLogLines;
-using testing::TemporaryFolder;
+using tests::ReadLog;
+using tests::ReadLogLines;
+using tests::TemporaryFolder;
 
 constexpr const char* kHeader = " =====================Log file succesfully created=====================\n";
 

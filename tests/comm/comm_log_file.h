@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace marbex::comm::testing {
+namespace marbex::tests {
 
 // A folder of the test's own, gone at its end.
 class TemporaryFolder {
@@ -51,4 +51,4 @@ inline std::string ReadLog(const std::string& path)
     return text;
 }
 
-}  // namespace marbex::comm::testing
+}  // namespace marbex::tests

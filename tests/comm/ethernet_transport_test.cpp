@@ -15,18 +15,18 @@
 namespace marbex::comm {
 namespace {
 
-using marbex::testing::LoopbackPeer;
-using marbex::testing::LoopbackServer;
+using marbex::tests::LoopbackPeer;
+using marbex::tests::LoopbackServer;
 using platform::TcpStatus;
 using platform::TcpTransfer;
-using testing::ScriptedSocket;
-using testing::SocketScript;
-using testing::TestClock;
+using tests::ScriptedSocket;
+using tests::SocketScript;
+using tests::TestClock;
 
 constexpr TcpTransfer kAbort{TcpStatus::kAborted, 0};
 constexpr TcpTransfer kBroken{TcpStatus::kFailed, 0};
 
-class EthernetTransport : public ::testing::Test {
+class EthernetTransport : public testing::Test {
 protected:
     EthernetTransport()
     {
@@ -61,17 +61,17 @@ protected:
     }
 
     void ForgetLog() { std::ofstream(logPath, std::ios::trunc).close(); }
-    std::string Log() const { return testing::ReadLog(logPath); }
+    std::string Log() const { return tests::ReadLog(logPath); }
 
     // The last line says what a person who looks for the code must find.
     void ExpectLast(const std::string& line) const
     {
-        const auto lines = testing::ReadLogLines(logPath);
+        const auto lines = tests::ReadLogLines(logPath);
         ASSERT_FALSE(lines.empty()) << line;
         EXPECT_EQ(lines.back(), line);
     }
 
-    testing::TemporaryFolder folder;
+    tests::TemporaryFolder folder;
     std::string logPath = folder.File("comm.log");
     CComLayerLog log;
     SocketScript script;
@@ -379,8 +379,8 @@ TEST_F(LostEthernetLink, ThreeTriesAreMadeAndToldOf)
                   failed + "CNuComEth::WriteTCP -  Iteration #2 \n" + failed +
                   "CNuComEth::WriteTCP -  Iteration #3 \n" + failed +
                   // This text has no line end of its own.
-                  testing::ReadLogLines(logPath).back() + "\n");
-    EXPECT_EQ(testing::ReadLogLines(logPath).back().find(
+                  tests::ReadLogLines(logPath).back() + "\n");
+    EXPECT_EQ(tests::ReadLogLines(logPath).back().find(
                   "CNuComEth::WriteTCP -  Socket connection aborted. impossibile to restablish connection["),
               0U);
 }

@@ -11,10 +11,10 @@
 namespace marbex::comm {
 namespace {
 
-using marbex::testing::LoopbackPeer;
-using marbex::testing::LoopbackServer;
+using marbex::tests::LoopbackPeer;
+using marbex::tests::LoopbackServer;
 
-class Ports : public ::testing::Test {
+class Ports : public testing::Test {
 protected:
     Ports() { std::ofstream(logPath).close(); }
 
@@ -34,10 +34,10 @@ protected:
         return server.Accept();
     }
 
-    std::string Log() const { return testing::ReadLog(logPath); }
+    std::string Log() const { return tests::ReadLog(logPath); }
     void ForgetLog() { std::ofstream(logPath, std::ios::trunc).close(); }
 
-    testing::TemporaryFolder folder;
+    tests::TemporaryFolder folder;
     std::string logPath = folder.File("comm.log");
     LoopbackServer server;
     PortTable table;
@@ -104,12 +104,12 @@ TEST_F(Ports, SelectionIsLoggedByTheRecordThatWasCurrent)
     EXPECT_EQ(table.SetCommunicationPort(first), 0U);
     EXPECT_EQ(table.SetCommunicationPort(99), 4U);
     EXPECT_EQ(table.SetCommunicationPort(second), 0U);
-    EXPECT_EQ(testing::ReadLogLines(other).back(), "SetCommunicationPort -  Communication ID will be setted to 1 ");
+    EXPECT_EQ(tests::ReadLogLines(other).back(), "SetCommunicationPort -  Communication ID will be setted to 1 ");
     EXPECT_EQ(Log(),
               "SetCommunicationPort -  ID not found\n"
               "SetCommunicationPort -  Communication ID will be setted to 2 \n");
     // The unknown id left the first record current.
-    EXPECT_EQ(testing::ReadLogLines(other).size(), 2U);
+    EXPECT_EQ(tests::ReadLogLines(other).size(), 2U);
 }
 
 TEST_F(Ports, CreationIsLoggedAtCallLevel)

@@ -13,12 +13,12 @@
 namespace marbex::comm {
 namespace {
 
-using marbex::testing::LoopbackPeer;
-using marbex::testing::LoopbackServer;
+using marbex::tests::LoopbackPeer;
+using marbex::tests::LoopbackServer;
 using platform::TcpStatus;
 using platform::TcpTransfer;
 
-class EthernetPrinterPort : public ::testing::Test {
+class EthernetPrinterPort : public testing::Test {
 protected:
     EthernetPrinterPort()
     {
@@ -37,11 +37,11 @@ protected:
     static const uint8_t* Bytes(const std::string& text) { return reinterpret_cast<const uint8_t*>(text.data()); }
     std::string LogPath() const { return folder.File("COposComm1.log"); }
 
-    testing::TemporaryFolder folder;
-    testing::SocketScript script;
+    tests::TemporaryFolder folder;
+    tests::SocketScript script;
     LoopbackServer server;
     LoopbackPeer peer;
-    PortTable table{{.newTcpSocket = [this] { return std::make_unique<testing::ScriptedSocket>(script); }}};
+    PortTable table{{.newTcpSocket = [this] { return std::make_unique<tests::ScriptedSocket>(script); }}};
     CPrinterPort port{table};
 };
 
@@ -181,7 +181,7 @@ TEST_F(EthernetPrinterPort, ShortExchangeInTheLog)
     EXPECT_EQ(port.ReadByte(&byte), 1);
     EXPECT_EQ(port.Close(), 0);
     const std::string selected = "SetCommunicationPort -  Communication ID will be setted to 1 \n";
-    EXPECT_EQ(testing::ReadLog(LogPath()),
+    EXPECT_EQ(tests::ReadLog(LogPath()),
               " =====================Log file succesfully created=====================\n"
               "InitEthTCP -  Calling function in ethernet class\n"
               "SetEthTimeout -  Calling function in ethernet class\n"
@@ -220,7 +220,7 @@ TEST_F(EthernetPrinterPort, ProfileChoosesWhatIsLoggedAndWhere)
         EXPECT_EQ(port.Close(), 0);
         EXPECT_EQ(std::filesystem::exists(LogPath()), row.file) << row.level << row.selector;
         const bool dumped =
-            testing::ReadLog(LogPath()).find("CNuComEth::WriteTCP -  SendBuffer[0x00]=0x41 \n") != std::string::npos;
+            tests::ReadLog(LogPath()).find("CNuComEth::WriteTCP -  SendBuffer[0x00]=0x41 \n") != std::string::npos;
         EXPECT_EQ(dumped, row.dump) << row.level << row.selector;
     }
 }

@@ -9,7 +9,7 @@
 
 #include "platform/tcp.h"
 
-namespace marbex::comm::testing {
+namespace marbex::tests {
 
 // What the network does at chosen moments, shared by a test and the socket it gives to the transport. A function that
 // answers nothing lets the real call happen. Calls are numbered from 1.
@@ -83,4 +83,4 @@ private:
     std::unique_ptr<platform::TcpSocket> real_ = platform::NewTcpSocket();
 };
 
-}  // namespace marbex::comm::testing
+}  // namespace marbex::tests

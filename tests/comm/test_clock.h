@@ -4,7 +4,7 @@
 
 #include "platform/clock.h"
 
-namespace marbex::comm::testing {
+namespace marbex::tests {
 
 // Time that passes when the test says so.
 class TestClock final : public platform::Clock {
@@ -16,4 +16,4 @@ private:
     std::atomic<uint64_t> now_ = 1;
 };
 
-}  // namespace marbex::comm::testing
+}  // namespace marbex::tests

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-namespace marbex::testing {
+namespace marbex::tests {
 
 inline constexpr uint32_t kLoopback = 0x7F000001;
 
@@ -114,4 +114,4 @@ private:
     uint16_t port_ = 0;
 };
 
-}  // namespace marbex::testing
+}  // namespace marbex::tests

@@ -12,16 +12,16 @@
 namespace marbex::platform {
 namespace {
 
-using marbex::testing::kLoopback;
-using marbex::testing::LoopbackPeer;
-using marbex::testing::LoopbackServer;
+using marbex::tests::kLoopback;
+using marbex::tests::LoopbackPeer;
+using marbex::tests::LoopbackServer;
 
 std::span<const std::byte> Bytes(std::string_view text)
 {
     return std::as_bytes(std::span(text));
 }
 
-class Tcp : public ::testing::Test {
+class Tcp : public testing::Test {
 protected:
     void Connect()
     {

@@ -80,11 +80,7 @@ std::string LiteralOf(const RegistryValue& value, std::size_t column)
         bytes = Utf16Bytes(Utf16FromUtf8(data));
     }
     std::string kind = "hex";
-    if (value.type != RegistryType::kBinary) {
-        kind += '(';
-        kind += HexNumber(static_cast<uint32_t>(value.type), 1);
-        kind += ')';
-    }
+    if (value.type != RegistryType::kBinary) kind += "(" + HexNumber(static_cast<uint32_t>(value.type), 1) + ")";
     kind += ':';
     return kind + HexBytes(bytes, column + kind.size());
 }
@@ -115,10 +111,15 @@ std::string WriteRegFile(const RegDocument& document)
         }
         text = std::move(withReturns);
     }
-    if (document.encoding == RegEncoding::kUtf8) return text;
-    std::string marked = document.encoding == RegEncoding::kUtf16 ? "\xFF\xFE" : "\xEF\xBB\xBF";
-    marked += document.encoding == RegEncoding::kUtf16 ? Utf16Bytes(Utf16FromUtf8(text)) : text;
-    return marked;
+    switch (document.encoding) {
+        case RegEncoding::kUtf16:
+            return "\xFF\xFE" + Utf16Bytes(Utf16FromUtf8(text));
+        case RegEncoding::kUtf8WithMark:
+            return "\xEF\xBB\xBF" + text;
+        case RegEncoding::kUtf8:
+            break;
+    }
+    return text;
 }
 
 }  // namespace marbex::platform

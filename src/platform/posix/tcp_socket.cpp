@@ -2,7 +2,6 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -10,10 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
-#include <climits>
 #include <string>
 
+#include "platform/posix/poll_wait.h"
 #include "platform/tcp.h"
 
 namespace marbex::platform {
@@ -23,19 +21,6 @@ namespace {
 bool IsAborted(int error)
 {
     return error == ECONNABORTED || error == ECONNRESET || error == EPIPE;
-}
-
-// Waits for the events of one descriptor; true when some have come. A signal does not prolong the wait.
-bool PollUntil(int descriptor, short events, uint32_t timeoutMilliseconds)
-{
-    using Steady = std::chrono::steady_clock;
-    const auto deadline = Steady::now() + std::chrono::milliseconds(timeoutMilliseconds);
-    for (;;) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Steady::now()).count();
-        pollfd item{descriptor, events, 0};
-        const int found = poll(&item, 1, static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX)));
-        if (found >= 0 || errno != EINTR) return found > 0;
-    }
 }
 
 class PosixTcpSocket final : public TcpSocket {
@@ -119,7 +104,14 @@ private:
         server.sin_addr.s_addr = htonl(address);
         if (connect(descriptor_, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0) return 0;
         if (errno != EINPROGRESS && errno != EINTR) return errno;
-        if (!PollUntil(descriptor_, POLLOUT, timeoutMilliseconds)) return ETIMEDOUT;
+        switch (PollUntil(descriptor_, POLLOUT, Deadline(timeoutMilliseconds))) {
+            case PollResult::kTimedOut:
+                return ETIMEDOUT;
+            case PollResult::kFailed:
+                return errno;
+            case PollResult::kReady:
+                break;
+        }
         int error = 0;
         socklen_t size = sizeof error;
         if (getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size) < 0) return errno;
