@@ -111,7 +111,7 @@ uint32_t CNuComUsb::FindDeviceKey(const OperationLog& log, const std::string& pr
 {
     const auto cannotOpen = [&](const std::string& key) {
         log.Error("Error opening registry key: %s \n", key.c_str());
-        return 1;
+        return 1U;
     };
     const auto devices = system_.Subkeys(kEnumerationKey);
     if (!devices) return cannotOpen(kEnumerationKey);
