@@ -1,0 +1,37 @@
+#include <cstdio>
+#include <string>
+
+#include "marbex_opos/commands.h"
+#include "marbex_opos/console.h"
+#include "marbex_opos/line_source.h"
+#include "marbex_opos/process_settings.h"
+
+namespace marbex::tools {
+
+int RunConsole(const ConsoleOptions& options)
+{
+    std::unique_ptr<LineSource> lines;
+    Console console(options.server, options.echo, [&lines](std::string_view text) {
+        lines->BeforeOutput();
+        const std::string line = std::string(text) + "\n";
+        std::fwrite(line.data(), 1, line.size(), stdout);
+        std::fflush(stdout);
+        lines->AfterOutput();
+    });
+    MessageHooks hooks{[&console] { return console.Session().MessageDescriptor(); },
+                       [&console] { console.Session().RunWaitingMessages(); }};
+    const bool isInteractive = options.script.empty() && InputIsTerminal();
+    lines = isInteractive ? OpenTerminal(hooks) : OpenLines(options.script, hooks);
+    if (!lines) {
+        std::fprintf(stderr, "marbex-opos: cannot open %s\n", options.script.c_str());
+        return 1;
+    }
+    while (!console.HasQuit()) {
+        const std::optional<std::string> line = lines->NextLine();
+        if (!line) break;
+        console.Execute(*line);
+    }
+    return console.ExitStatus();
+}
+
+}  // namespace marbex::tools

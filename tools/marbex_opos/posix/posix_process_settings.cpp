@@ -1,0 +1,39 @@
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "marbex_opos/process_settings.h"
+
+namespace marbex::tools {
+
+bool UseRegistryFile(const std::string& path)
+{
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    return !error && setenv("MARBEX_OPOS_REGISTRY", absolute.c_str(), 1) == 0;
+}
+
+bool InputIsTerminal()
+{
+    return isatty(STDIN_FILENO) != 0;
+}
+
+std::string HistoryFile()
+{
+    const char* state = std::getenv("XDG_STATE_HOME");
+    const char* home = std::getenv("HOME");
+    std::filesystem::path folder;
+    if (state != nullptr && *state == '/') {
+        folder = state;
+    } else if (home != nullptr && *home == '/') {
+        folder = std::filesystem::path(home) / ".local" / "state";
+    } else {
+        return {};
+    }
+    std::error_code error;
+    std::filesystem::create_directories(folder / "marbex-opos", error);
+    return error ? std::string() : (folder / "marbex-opos" / "history").string();
+}
+
+}  // namespace marbex::tools
