@@ -15,4 +15,34 @@ struct ConsoleOptions {
 };
 int RunConsole(const ConsoleOptions& options);
 
+struct DeviceOptions {
+    std::string name;                      // for a new device: empty takes the next free name
+    std::vector<std::string> assignments;  // "FIELD=VALUE"
+    std::vector<std::string> toDefault;    // names of fields
+    std::string logicalName;
+};
+int ListDevices();
+int ShowDevice(const std::string& name);
+int ListFields();
+int AddDevice(const DeviceOptions& options);
+int ChangeDevice(const DeviceOptions& options);
+int RemoveDevice(const std::string& name);
+int ListModels();
+
+// server: the library; empty takes the one beside this program.
+int RegisterServer(const std::string& server);
+int UnregisterServer(const std::string& server);
+
+struct PrinterOptions {
+    std::string server;
+    std::string device;
+};
+int CheckPrinterHealth(const PrinterOptions& options);
+
+struct PrintOptions : PrinterOptions {
+    std::string file;
+    bool cut = false;
+};
+int PrintFile(const PrintOptions& options);
+
 }  // namespace marbex::tools

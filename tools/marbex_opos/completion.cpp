@@ -5,7 +5,7 @@
 
 #include "marbex_opos/constant_table.h"
 #include "marbex_opos/method_table.h"
-#include "marbex_opos/names.h"
+#include "platform/registry.h"
 
 namespace marbex::tools {
 
@@ -15,6 +15,11 @@ constexpr std::string_view kEventWords[] = {"StatusUpdateEvent", "OutputComplete
                                             "any"};
 constexpr std::string_view kAnswerWords[] = {"retry", "clear", "none"};
 constexpr std::string_view kStatementWords[] = {"wait ", "expect ", "answer ", "release ", "quit"};
+
+bool StartsWithName(std::string_view text, std::string_view prefix)
+{
+    return text.size() >= prefix.size() && platform::SameName(text.substr(0, prefix.size()), prefix);
+}
 
 bool IsNamePart(char c)
 {

@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "marbex_opos/names.h"
 #include "marbex_opos/value.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 
 namespace marbex::tools {
@@ -102,7 +102,7 @@ HRESULT ControlObject::GetIDsOfNames(REFIID, OLECHAR** rgszNames, UINT cNames, L
     if (rgszNames == nullptr || rgDispId == nullptr || cNames == 0) return E_INVALIDARG;
     const std::string name = platform::Utf8FromUtf16(rgszNames[0]);
     for (std::size_t at = 0; at < kCallbacks.size(); ++at) {
-        if (!SameName(kCallbacks[at].name, name)) continue;
+        if (!platform::SameName(kCallbacks[at].name, name)) continue;
         rgDispId[0] = static_cast<DISPID>(at + 1);
         return S_OK;
     }

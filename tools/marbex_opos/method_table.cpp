@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "marbex_opos/names.h"
+#include "platform/registry.h"
 
 namespace marbex::tools {
 
@@ -144,7 +144,7 @@ std::span<const Method> MethodsOf(ObjectKind kind)
 const Method* FindMethod(ObjectKind kind, std::string_view name)
 {
     for (const Method& method : MethodsOf(kind)) {
-        if (SameName(method.name, name)) return &method;
+        if (platform::SameName(method.name, name)) return &method;
     }
     return nullptr;
 }

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "marbex_opos/constant_table.h"
-#include "marbex_opos/names.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 
 namespace marbex::tools {
@@ -102,8 +102,8 @@ Value Scanner::TakeValue()
     if (rest_.starts_with('"')) return TakeText();
     const std::string_view before = rest_;
     const std::string_view name = Name();
-    if (SameName(name, "true")) return true;
-    if (SameName(name, "false")) return false;
+    if (platform::SameName(name, "true")) return true;
+    if (platform::SameName(name, "false")) return false;
     rest_ = before;
     int32_t value = TakeTerm();
     while (Take('|'))

@@ -33,6 +33,9 @@ std::unique_ptr<ServerLibrary> LoadServer(const std::string& path, std::string& 
 // reason, when there is neither. A registry that cannot be read is a reason too.
 std::string FindServer(const platform::Registry& registry, const std::string& progId, std::string& problem);
 
+// The server built or installed beside this program; empty when there is none.
+std::string ServerBesideProgram();
+
 // The class that the ProgID is registered to, or fallback when it is not registered.
 CLSID RegisteredClass(const platform::Registry& registry, const std::string& progId, const CLSID& fallback);
 

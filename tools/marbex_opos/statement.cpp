@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "marbex_opos/names.h"
 #include "marbex_opos/scanner.h"
 #include "opos/common.h"
+#include "platform/registry.h"
 
 namespace marbex::tools {
 
@@ -75,18 +75,18 @@ Statement ParseExpect(Scanner& scanner)
     const std::string name(scanner.Name());
     std::optional<EventKind> event;
     for (const NamedEvent& candidate : kEvents) {
-        if (SameName(candidate.name, name)) event = candidate.kind;
+        if (platform::SameName(candidate.name, name)) event = candidate.kind;
     }
-    if (!event && !SameName(name, "any")) throw SyntaxProblem("no event " + name);
+    if (!event && !platform::SameName(name, "any")) throw SyntaxProblem("no event " + name);
     return Expect{event, scanner.TakeMilliseconds()};
 }
 
 Statement ParseAnswer(Scanner& scanner)
 {
     const std::string name(scanner.Name());
-    if (SameName(name, "retry")) return Answer{opos::OPOS_ER_RETRY};
-    if (SameName(name, "clear")) return Answer{opos::OPOS_ER_CLEAR};
-    if (SameName(name, "none")) return Answer{std::nullopt};
+    if (platform::SameName(name, "retry")) return Answer{opos::OPOS_ER_RETRY};
+    if (platform::SameName(name, "clear")) return Answer{opos::OPOS_ER_CLEAR};
+    if (platform::SameName(name, "none")) return Answer{std::nullopt};
     throw SyntaxProblem("no answer " + name);
 }
 

@@ -89,20 +89,26 @@ std::unique_ptr<ServerLibrary> LoadServer(const std::string& path, std::string& 
     return std::make_unique<PosixServerLibrary>(entry);
 }
 
+std::string ServerBesideProgram()
+{
+    const fs::path folder = ProgramFolder();
+    for (const fs::path& candidate : {folder / kLibraryName, folder / ".." / "lib" / kLibraryName}) {
+        std::error_code error;
+        if (fs::is_regular_file(candidate, error)) return fs::weakly_canonical(candidate, error).string();
+    }
+    return {};
+}
+
 std::string FindServer(const platform::Registry& registry, const std::string& progId, std::string& problem)
 {
     const std::optional<std::string> registered = RegisteredServerPath(registry, progId);
     if (registered) return platform::NativePath(*registered);
     problem = registry.LastProblem();
     if (!problem.empty()) return {};
-
-    const fs::path folder = ProgramFolder();
-    for (const fs::path& candidate : {folder / kLibraryName, folder / ".." / "lib" / kLibraryName}) {
-        std::error_code error;
-        if (fs::is_regular_file(candidate, error)) return fs::weakly_canonical(candidate, error).string();
-    }
-    problem = progId + " is not registered and there is no " + kLibraryName + " in or beside " + folder.string();
-    return {};
+    const std::string beside = ServerBesideProgram();
+    if (beside.empty())
+        problem = progId + " is not registered and there is no " + kLibraryName + " beside this program";
+    return beside;
 }
 
 }  // namespace marbex::tools
