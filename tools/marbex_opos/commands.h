@@ -8,6 +8,9 @@
 
 namespace marbex::tools {
 
+// Says on standard error why a command could not do what was asked; gives its exit status.
+int Complain(const std::string& why);
+
 struct ConsoleOptions {
     std::string server;  // library to load; empty: the registered one
     std::string script;  // empty: standard input

@@ -22,10 +22,7 @@ int RunConsole(const ConsoleOptions& options)
                        [&console] { console.Session().RunWaitingMessages(); }};
     const bool isInteractive = options.script.empty() && InputIsTerminal();
     lines = isInteractive ? OpenTerminal(hooks) : OpenLines(options.script, hooks);
-    if (!lines) {
-        std::fprintf(stderr, "marbex-opos: cannot open %s\n", options.script.c_str());
-        return 1;
-    }
+    if (!lines) return Complain("cannot open " + options.script);
     while (!console.HasQuit()) {
         const std::optional<std::string> line = lines->NextLine();
         if (!line) break;

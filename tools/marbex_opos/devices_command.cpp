@@ -9,17 +9,13 @@ namespace marbex::tools {
 
 namespace {
 
-int Complain(const std::string& why)
-{
-    std::fprintf(stderr, "marbex-opos: %s\n", why.c_str());
-    return 1;
-}
-
 std::string Joined(const std::vector<std::string>& names)
 {
     std::string joined;
-    for (const std::string& name : names)
-        joined += (joined.empty() ? "" : ", ") + name;
+    for (const std::string& name : names) {
+        if (!joined.empty()) joined += ", ";
+        joined += name;
+    }
     return joined;
 }
 

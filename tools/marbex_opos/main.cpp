@@ -1,4 +1,9 @@
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <string>
+#include <vector>
 
 #include "marbex_opos/commands.h"
 #include "marbex_opos/process_settings.h"
@@ -150,6 +155,11 @@ private:
 
 int main(int argc, char** argv)
 {
-    CommandLine commandLine;
-    return commandLine.Run(argc, argv);
+    try {
+        CommandLine commandLine;
+        return commandLine.Run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "marbex-opos: %s\n", error.what());
+        return 1;
+    }
 }

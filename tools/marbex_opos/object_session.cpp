@@ -4,7 +4,7 @@
 
 namespace marbex::tools {
 
-ObjectSession::ObjectSession(std::string serverPath, ControlObject::Listener listener)
+ObjectSession::ObjectSession(std::string serverPath, const ControlObject::Listener& listener)
     : serverPath_(std::move(serverPath))
 {
     for (const ObjectClass& object : kObjectClasses) {

@@ -19,7 +19,7 @@ namespace marbex::tools {
 class ObjectSession {
 public:
     // serverPath: the library to load, empty for the registered one. It is loaded with the first object.
-    ObjectSession(std::string serverPath, ControlObject::Listener listener);
+    ObjectSession(std::string serverPath, const ControlObject::Listener& listener);
     ~ObjectSession();
     ObjectSession(const ObjectSession&) = delete;
     ObjectSession& operator=(const ObjectSession&) = delete;

@@ -17,12 +17,6 @@ namespace {
 constexpr uint64_t kLargestFile = 16 << 20;  // bytes
 constexpr int kLinesBeforeCut = 4;           // from the print line to the cutter
 
-int Complain(const std::string& why)
-{
-    std::fprintf(stderr, "marbex-opos: %s\n", why.c_str());
-    return 1;
-}
-
 const char* YesNo(int32_t value)
 {
     return value != 0 ? "yes" : "no";

@@ -11,12 +11,6 @@ namespace marbex::tools {
 
 namespace {
 
-int Complain(const std::string& why)
-{
-    std::fprintf(stderr, "marbex-opos: %s\n", why.c_str());
-    return 1;
-}
-
 std::unique_ptr<ServerLibrary> Load(const std::string& server, std::string& problem)
 {
     const std::string path = server.empty() ? ServerBesideProgram() : server;

@@ -105,7 +105,7 @@ std::string FindServer(const platform::Registry& registry, const std::string& pr
     if (registered) return platform::NativePath(*registered);
     problem = registry.LastProblem();
     if (!problem.empty()) return {};
-    const std::string beside = ServerBesideProgram();
+    std::string beside = ServerBesideProgram();
     if (beside.empty())
         problem = progId + " is not registered and there is no " + kLibraryName + " beside this program";
     return beside;
