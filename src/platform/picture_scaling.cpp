@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <vector>
 
@@ -12,7 +13,9 @@ namespace marbex::platform {
 
 namespace {
 
-constexpr std::size_t kChannels = 4;  // the fourth is empty; it keeps the loops over whole pixels
+// The bytes of a pixel in memory. The fourth colour is empty; it keeps the loops simple, which makes them fast.
+constexpr std::size_t kChannels = 4;
+static_assert(std::endian::native == std::endian::little, "a pixel's lowest byte, blue, comes first");
 
 // What a target position covers of a shrinking axis.
 struct Cover {
@@ -92,14 +95,11 @@ private:
 
     void AddRow(uint32_t row, uint32_t weight)
     {
-        const uint32_t* const pixels = RowOf(row);
+        const auto* const bytes = reinterpret_cast<const uint8_t*>(RowOf(row));
         uint32_t* const sums = sums_.data();
-        for (uint32_t x = 0; x < source_.width; ++x) {
-            const uint32_t pixel = pixels[x];
-            sums[x * kChannels + 0] += weight * (pixel & 0xFF);
-            sums[x * kChannels + 1] += weight * (pixel >> 8 & 0xFF);
-            sums[x * kChannels + 2] += weight * (pixel >> 16 & 0xFF);
-        }
+        const std::size_t count = std::size_t{source_.width} * kChannels;
+        for (std::size_t i = 0; i < count; ++i)
+            sums[i] += weight * bytes[i];
     }
 
     // A sum is at most 255 * source height and fits, as a side has at most 2^24 pixels.
@@ -114,11 +114,8 @@ private:
 
     void TakeRow(const uint32_t* row)
     {
-        for (uint32_t x = 0; x < source_.width; ++x) {
-            sums_[x * kChannels + 0] = row[x] & 0xFF;
-            sums_[x * kChannels + 1] = row[x] >> 8 & 0xFF;
-            sums_[x * kChannels + 2] = row[x] >> 16 & 0xFF;
-        }
+        const auto* const bytes = reinterpret_cast<const uint8_t*>(row);
+        std::copy_n(bytes, sums_.size(), sums_.data());
     }
 
     // The nearest whole number to sum / total. Both are below 2^53 and the quotient is small, so that the division in

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <span>
 
@@ -22,23 +23,29 @@ public:
         moduleWidth_ = moduleWidth;
     }
 
-    // Draws the lowest `modules` bits of pattern, the highest of them first, each as one module.
+    // Draws the lowest `modules` bits of pattern, (1 to 31), the highest of them first, each as one module.
     void Append(uint32_t pattern, int modules)
     {
-        for (int module = modules - 1; module >= 0; --module) {
-            const bool black = ((pattern >> module) & 1U) != 0;
-            AppendElement(black, 1);
+        uint32_t rest = pattern << (32 - modules);
+        while (modules > 0) {
+            const bool black = (rest >> 31) != 0;
+            const int element = std::min(black ? std::countl_one(rest) : std::countl_zero(rest), modules);
+            AppendElement(black, static_cast<uint32_t>(element));
+            rest <<= element;
+            modules -= element;
         }
     }
 
     // Draws one bar or space of the given number of modules.
     void AppendElement(bool black, uint32_t modules)
     {
-        const uint32_t end = static_cast<uint32_t>(std::min<uint64_t>(dots_ + uint64_t{modules} * moduleWidth_, kDots));
-        if (black) {
-            for (uint32_t dot = dots_; dot < end; ++dot) {
-                bytes_[dot / 8] = static_cast<uint8_t>(bytes_[dot / 8] | (0x80U >> (dot % 8)));
-            }
+        const uint64_t wanted = uint64_t{modules} * moduleWidth_;
+        const uint32_t end = dots_ + static_cast<uint32_t>(std::min<uint64_t>(wanted, kDots - dots_));
+        for (uint32_t dot = dots_; black && dot < end;) {
+            const uint32_t count = std::min(8 - dot % 8, end - dot);
+            const uint32_t mask = (0xFF00U >> count & 0xFFU) >> dot % 8;
+            bytes_[dot / 8] = static_cast<uint8_t>(bytes_[dot / 8] | mask);
+            dot += count;
         }
         dots_ = end;
     }

@@ -18,12 +18,15 @@ class Ditherer {
 public:
     explicit Ditherer(uint32_t width);
 
-    // One row of width pixels (0x00RRGGBB) into width dots, 0x00 black and 0xFF white.
-    void DitherRow(const uint32_t* pixels, uint8_t* dots);
+    // The next rows of width pixels each (0x00RRGGBB) into as many dots, 0x00 black and 0xFF white.
+    void DitherRows(const uint32_t* pixels, uint32_t rows, uint8_t* dots);
 
 private:
-    uint32_t width_;
-    std::vector<int16_t> values_;  // of the row: its gray, later gray plus the error that reached it
+    template <std::size_t kRows>
+    void Diffuse(uint8_t* dots);
+
+    const std::size_t width_;
+    std::vector<int16_t> grays_;   // of the rows that are diffused together
     std::vector<int16_t> errors_;  // for the next row, by column
 };
 

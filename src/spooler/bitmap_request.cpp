@@ -97,9 +97,7 @@ void DrawDots(const printer::CPicture& picture, const Size& size, uint8_t* dots)
         const uint32_t rows = std::min(bandRows, height - first);
         std::ranges::fill(band, kWhite);
         drawn = drawn && picture.Render(width, height, first, rows, band);
-        for (std::size_t row = 0; row < rows; ++row) {
-            ditherer.DitherRow(band.data() + row * width, dots + (first + row) * width);
-        }
+        ditherer.DitherRows(band.data(), rows, dots + std::size_t{first} * width);
     }
 }
 
