@@ -8,7 +8,12 @@
 #include <cstddef>
 #include <cstdint>
 
+// Empty here; on 32-bit Windows they name the calling convention of interfaces and entry points.
+#define STDMETHODCALLTYPE
+#define STDAPI extern "C" HRESULT
+
 using HRESULT = int32_t;
+using BOOL = int32_t;
 using ULONG = uint32_t;
 using LONG = int32_t;
 using UINT = uint32_t;
@@ -202,7 +207,7 @@ protected:
 
 struct IClassFactory : IUnknown {
     virtual HRESULT CreateInstance(IUnknown* pUnkOuter, REFIID riid, void** ppvObject) = 0;
-    virtual HRESULT LockServer(int32_t fLock) = 0;
+    virtual HRESULT LockServer(BOOL fLock) = 0;
 
 protected:
     ~IClassFactory() = default;

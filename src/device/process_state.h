@@ -23,6 +23,9 @@ public:
 
     std::atomic<uint32_t> CurrentModelIndex{0};  // 0 to 17
 
+    // How many fronts of the POSPrinter class exist. The first one starts from no device and model index 0.
+    std::atomic<int32_t> Fronts{0};
+
     // Set by the last OpenService or OpenService_NET of any device; read at every event delivery.
     bool NetMode() const;
     std::string EventFileName() const;
