@@ -243,8 +243,10 @@ std::string ShowField(const ProfileField& field, const DeviceProfileStruct& prof
     }
     std::string list;
     const std::size_t count = std::min<std::size_t>(profile.Fonts[0], sizeof profile.Fonts - 1);
-    for (std::size_t i = 1; i <= count; ++i)
-        list += (i > 1 ? "," : "") + std::to_string(profile.Fonts[i]);
+    for (std::size_t i = 1; i <= count; ++i) {
+        if (i > 1) list += ',';
+        list += std::to_string(profile.Fonts[i]);
+    }
     return list;
 }
 

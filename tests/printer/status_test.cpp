@@ -96,7 +96,7 @@ TEST_F(StatusTest, EveryBitSetsItsFlags)
             const std::string printer(1, static_cast<char>(row.printer));
             EXPECT_EQ(Ask({FullStatus(row.s2, row.s3, row.s4, row.s5)}, {printer}), 0);
             EXPECT_EQ(Flags(), expected);
-            EXPECT_EQ(fullStatus, row.s2 | row.s3 << 8 | row.s4 << 16 | uint32_t{row.s5} << 24);
+            EXPECT_EQ(fullStatus, row.s2 | uint32_t{row.s3} << 8 | uint32_t{row.s4} << 16 | uint32_t{row.s5} << 24);
             // A jam is a failure of the printer although it answered.
             EXPECT_EQ(inError, variant == StatusVariant::kBrisaHd && row.s4 == 0x40);
             const bool output = variant == StatusVariant::kReferenceCleansOutput;

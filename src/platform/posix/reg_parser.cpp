@@ -63,6 +63,11 @@ bool IsText(RegistryType type)
     return type == RegistryType::kSz || type == RegistryType::kExpandSz || type == RegistryType::kMultiSz;
 }
 
+void DropTerminator(std::string& text)
+{
+    text.erase(text.find_last_not_of('\0') + 1);
+}
+
 // The bytes of a text value as hex(N) tells them, in the form RegistryValue wants.
 std::string TextOf(RegistryType type, const std::string& bytes, bool ansi)
 {
@@ -77,7 +82,7 @@ std::string TextOf(RegistryType type, const std::string& bytes, bool ansi)
         }
         text = Utf8FromUtf16(wide);
     }
-    if (type != RegistryType::kMultiSz) text.erase(text.find_last_not_of('\0') + 1);
+    if (type != RegistryType::kMultiSz) DropTerminator(text);
     return text;
 }
 
@@ -176,7 +181,7 @@ private:
         std::string_view text = line;
         if (text.front() == '@') {
             text.remove_prefix(1);
-        } else if (!ReadQuoted(text, entry.value.name)) {
+        } else if (!ReadQuoted(text, entry.value.name, false)) {
             return Fail("a name without its closing quote");
         }
         text = TrimLeft(text);
@@ -199,7 +204,8 @@ private:
         const std::string kind = Lower(text.substr(0, text.find(':')));
         if (text.starts_with('"')) {
             entry.value.type = RegistryType::kSz;
-            if (!ReadQuoted(text, entry.value.data)) return Fail("a text without its closing quote");
+            if (!ReadQuoted(text, entry.value.data, true)) return Fail("a text without its closing quote");
+            DropTerminator(entry.value.data);
             RequireEnd(text, "text behind the closing quote");
         } else if (text.size() > kind.size() && kind == "dword") {
             entry.value.type = RegistryType::kDword;
@@ -219,13 +225,14 @@ private:
         }
     }
 
-    // Reads a quoted text, which may run over several lines, and leaves text behind its closing quote.
-    bool ReadQuoted(std::string_view& text, std::string& result)
+    // Reads a quoted text, which may run over several lines when mayContinue is set, and leaves text behind its closing
+    // quote.
+    bool ReadQuoted(std::string_view& text, std::string& result, bool mayContinue)
     {
         text.remove_prefix(1);
         for (;;) {
             if (text.empty()) {
-                if (!TakeLine()) return false;
+                if (!mayContinue || !TakeLine()) return false;
                 result += document_.carriageReturns ? "\r\n" : "\n";
                 text = line_;
             } else if (text.front() == '"') {

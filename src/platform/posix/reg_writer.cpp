@@ -80,7 +80,11 @@ std::string LiteralOf(const RegistryValue& value, std::size_t column)
         bytes = Utf16Bytes(Utf16FromUtf8(data));
     }
     std::string kind = "hex";
-    if (value.type != RegistryType::kBinary) kind += "(" + HexNumber(static_cast<uint32_t>(value.type), 1) + ")";
+    if (value.type != RegistryType::kBinary) {
+        kind += '(';
+        kind += HexNumber(static_cast<uint32_t>(value.type), 1);
+        kind += ')';
+    }
     kind += ':';
     return kind + HexBytes(bytes, column + kind.size());
 }
@@ -111,15 +115,10 @@ std::string WriteRegFile(const RegDocument& document)
         }
         text = std::move(withReturns);
     }
-    switch (document.encoding) {
-        case RegEncoding::kUtf16:
-            return "\xFF\xFE" + Utf16Bytes(Utf16FromUtf8(text));
-        case RegEncoding::kUtf8WithMark:
-            return "\xEF\xBB\xBF" + text;
-        case RegEncoding::kUtf8:
-            break;
-    }
-    return text;
+    if (document.encoding == RegEncoding::kUtf8) return text;
+    std::string marked = document.encoding == RegEncoding::kUtf16 ? "\xFF\xFE" : "\xEF\xBB\xBF";
+    marked += document.encoding == RegEncoding::kUtf16 ? Utf16Bytes(Utf16FromUtf8(text)) : text;
+    return marked;
 }
 
 }  // namespace marbex::platform

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "printer/printer_encoder.h"
+
+namespace marbex::test {
+
+// A printer command object without a printer: keeps what it was told to print and fails as a test says.
+class FakePrinter final : public printer::CPrinterEncoder {
+public:
+    explicit FakePrinter(platform::Clock& systemClock) : CPrinterEncoder(Traits(), systemClock) {}
+
+    // What the printer is like from now on.
+    enum class Condition { kWell, kCoverOpen, kPaperEnd, kSilent };
+    void SetCondition(Condition condition)
+    {
+        const std::lock_guard hold(mutex_);
+        condition_ = condition;
+    }
+
+    // Texts that are printed before the printer takes on a condition by itself.
+    void FailAfter(int texts, Condition condition)
+    {
+        const std::lock_guard hold(mutex_);
+        textsLeft_ = texts;
+        later_ = condition;
+    }
+
+    // The next text waits until Resume.
+    void Hold()
+    {
+        const std::lock_guard hold(mutex_);
+        held_ = true;
+    }
+    void Resume()
+    {
+        {
+            const std::lock_guard hold(mutex_);
+            held_ = false;
+        }
+        changed_.notify_all();
+    }
+    void WaitUntilHeld()
+    {
+        std::unique_lock hold(mutex_);
+        changed_.wait(hold, [this] { return waiting_; });
+    }
+
+    std::vector<std::string> Printed()
+    {
+        const std::lock_guard hold(mutex_);
+        return printed_;
+    }
+    int Queries()
+    {
+        const std::lock_guard hold(mutex_);
+        return queries_;
+    }
+
+    int32_t PrintText(std::string_view text) override { return Take(std::string(text)); }
+    int32_t CutPaper(int32_t percentage) override { return Take("cut " + std::to_string(percentage)); }
+    int32_t SendDirect(const printer::DirectIODataStruct& direct) override
+    {
+        return Take("direct " + std::to_string(direct.count));
+    }
+    int32_t RecoverFromError() override { return 0; }
+
+    int32_t GetStatus(printer::PrinterStatus& status, bool, uint32_t* fullStatus) override
+    {
+        const std::lock_guard hold(mutex_);
+        ++queries_;
+        status = {};
+        if (fullStatus != nullptr) *fullStatus = 0;
+        failed = condition_ == Condition::kSilent;
+        status.flags[printer::PrinterStatus::kCoverOpen] = condition_ == Condition::kCoverOpen;
+        status.flags[printer::PrinterStatus::kPaperEnd] = condition_ == Condition::kPaperEnd;
+        status.flags[printer::PrinterStatus::kNoResponse] = condition_ == Condition::kSilent;
+        return failed ? 1 : 0;
+    }
+
+private:
+    static const printer::EncoderTraits& Traits()
+    {
+        static const printer::EncoderTraits traits;
+        return traits;
+    }
+
+    int32_t Take(const std::string& what)
+    {
+        std::unique_lock hold(mutex_);
+        waiting_ = held_;
+        changed_.notify_all();
+        changed_.wait(hold, [this] { return !held_; });
+        waiting_ = false;
+        if (textsLeft_ > 0 && --textsLeft_ == 0) condition_ = later_;
+        if (condition_ != Condition::kWell) {
+            failed = true;
+            return printer::kEncoderTextNotSent;
+        }
+        printed_.push_back(what);
+        return 0;
+    }
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Condition condition_ = Condition::kWell;
+    Condition later_ = Condition::kWell;
+    int textsLeft_ = 0;
+    bool held_ = false;
+    bool waiting_ = false;
+    int queries_ = 0;
+    std::vector<std::string> printed_;
+};
+
+}  // namespace marbex::test

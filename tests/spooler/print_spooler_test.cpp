@@ -1,0 +1,354 @@
+// Jobs through the spooler to a printer that fails on demand; the device is played by a callback that answers errors.
+
+#include "spooler/print_spooler.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+#include <thread>
+
+#include "common/jumping_clock.h"
+#include "common/service_log_capture.h"
+#include "opos/common.h"
+#include "spooler/fake_printer.h"
+
+namespace marbex::spooler {
+namespace {
+
+using opos::OPOS_ER_CLEAR;
+using opos::OPOS_ER_RETRY;
+using test::FakePrinter;
+using Condition = FakePrinter::Condition;
+
+const auto kSoon = std::chrono::seconds(20);
+
+struct Report {
+    int32_t code;
+    int32_t argument2;
+    friend bool operator==(const Report&, const Report&) = default;
+};
+
+class PrintSpoolerTest : public testing::Test {
+protected:
+    void SetUp() override { OpenWith(spooler); }
+
+    void OpenWith(CPrintSpooler& opened, uint32_t options = 0)
+    {
+        ASSERT_EQ(opened.Open(options), 0);
+        opened.SetCallback(&PrintSpoolerTest::OnReport, this);
+        opened.AttachPrinter(&printer);
+        opened.Clear();
+        AwaitReport(CB_STATUSCHANGE);
+    }
+
+    static int32_t OnReport(void* context, int32_t code, intptr_t, intptr_t argument2)
+    {
+        auto& self = *static_cast<PrintSpoolerTest*>(context);
+        std::function<int32_t()> answer;
+        {
+            const std::lock_guard hold(self.mutex);
+            self.reports.push_back({code, static_cast<int32_t>(argument2)});
+            answer = self.onError;
+        }
+        self.changed.notify_all();
+        return code == CB_PRINTERROR && answer ? answer() : 0;
+    }
+
+    bool AwaitReport(int32_t code, std::size_t times = 1)
+    {
+        std::unique_lock hold(mutex);
+        return changed.wait_for(hold, kSoon, [&] { return CountLocked(code) >= times; });
+    }
+
+    std::size_t CountLocked(int32_t code) const
+    {
+        return static_cast<std::size_t>(std::count_if(reports.begin(), reports.end(),
+                                                      [code](const Report& report) { return report.code == code; }));
+    }
+
+    std::size_t Count(int32_t code)
+    {
+        const std::lock_guard hold(mutex);
+        return CountLocked(code);
+    }
+
+    void OnError(std::function<int32_t()> answer)
+    {
+        const std::lock_guard hold(mutex);
+        onError = std::move(answer);
+    }
+
+    test::JumpingClock clock;
+    FakePrinter printer{clock};
+    ApplicationThread plain;
+    const SpoolerTraits reference{};
+    const SpoolerTraits second{"CPrintSpoolerOrven", JobNumbering::kSecond, true, false, false};
+    std::atomic<int32_t> id{0};
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<Report> reports;
+    std::function<int32_t()> onError;
+
+    CPrintSpooler spooler{reference, clock, plain};
+};
+
+TEST_F(PrintSpoolerTest, QueuedJobsPrintInOrderAndEachReportsItsCompletion)
+{
+    std::vector<std::string> expected;
+    for (int i = 1; i <= 300; ++i) {
+        ASSERT_EQ(spooler.PrintNormal("line " + std::to_string(i), &id), 0);
+        EXPECT_EQ(id.load(), i) << "identifiers count from 1";
+        expected.push_back("line " + std::to_string(i));
+    }
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE, 300));
+    EXPECT_EQ(printer.Printed(), expected);
+    const std::lock_guard hold(mutex);
+    int32_t last = 0;
+    for (const Report& report : reports) {
+        if (report.code == CB_JOBCOMPLETE) {
+            EXPECT_EQ(report.argument2, ++last);
+        }
+    }
+}
+
+TEST_F(PrintSpoolerTest, ASynchronousJobReturnsThePrintersErrorPacked)
+{
+    spooler.SetSyncMode();
+    OnError([] { return OPOS_ER_CLEAR; });
+    const std::pair<Condition, int32_t> cases[] = {{Condition::kCoverOpen, 0x00C90072},
+                                                   {Condition::kPaperEnd, 0x00CB0072},
+                                                   {Condition::kSilent, opos::OPOS_E_NOHARDWARE}};
+    for (const auto& [condition, packed] : cases) {
+        printer.SetCondition(condition);
+        EXPECT_EQ(spooler.PrintNormal("lost", &id), packed);
+        printer.SetCondition(Condition::kWell);
+        EXPECT_EQ(spooler.PrintNormal("found", &id), 0) << "a printer that came back is used without a report";
+    }
+    EXPECT_EQ(Count(CB_PRINTERROR), 3U);
+    EXPECT_EQ(Count(CB_JOBCOMPLETE), 3U);
+}
+
+TEST_F(PrintSpoolerTest, RetryRepeatsTheJobUntilItPrintsAndClearDropsTheQueue)
+{
+    int asked = 0;
+    OnError([&] {
+        if (++asked == 3) printer.SetCondition(Condition::kWell);
+        return OPOS_ER_RETRY;
+    });
+    printer.SetCondition(Condition::kCoverOpen);
+    spooler.PrintNormal("A", &id);
+    spooler.PrintNormal("B", &id);
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE, 2));
+    EXPECT_EQ(printer.Printed(), (std::vector<std::string>{"A", "B"}));
+    EXPECT_EQ(asked, 3);
+
+    OnError([&] {
+        printer.SetCondition(Condition::kWell);
+        return OPOS_ER_CLEAR;
+    });
+    printer.Hold();
+    spooler.PrintNormal("C", &id);
+    printer.WaitUntilHeld();
+    spooler.PrintNormal("D", &id);
+    spooler.PrintNormal("E", &id);
+    printer.SetCondition(Condition::kPaperEnd);
+    printer.Resume();
+    ASSERT_TRUE(AwaitReport(CB_PRINTERROR, 4));
+    ASSERT_TRUE(AwaitReport(CB_IDLE, 2));
+    EXPECT_EQ(printer.Printed().size(), 2U);
+    EXPECT_EQ(Count(CB_JOBCOMPLETE), 2U);
+}
+
+TEST_F(PrintSpoolerTest, OutputClearedWhileItsErrorIsOutIsNotPrintedByALaterRetry)
+{
+    std::promise<void> asked;
+    std::promise<void> answerNow;
+    OnError([&] {
+        asked.set_value();
+        answerNow.get_future().wait();
+        return OPOS_ER_RETRY;
+    });
+    printer.SetCondition(Condition::kCoverOpen);
+    spooler.PrintNormal("cleared", &id);
+    asked.get_future().wait();
+    spooler.PrintNormal("cleared too", &id);
+    spooler.Clear();
+    printer.SetCondition(Condition::kWell);
+    answerNow.set_value();
+    ASSERT_TRUE(AwaitReport(CB_IDLE));
+    EXPECT_TRUE(printer.Printed().empty());
+}
+
+TEST_F(PrintSpoolerTest, ATransactionMergesTextsPrintsAsOneAndIsRepeatedWhole)
+{
+    spooler.SetSyncMode();
+    EXPECT_EQ(spooler.PrintTransaction(), 0) << "nothing is open";
+    spooler.BeginTransaction();
+    spooler.PrintNormal("1", &id);
+    spooler.PrintNormal("2", &id);
+    spooler.CutPaper(100, &id);
+    spooler.PrintNormal("3", &id);
+    EXPECT_EQ(spooler.PrintImmediate("now"), 0);
+    EXPECT_EQ(printer.Printed(), std::vector<std::string>{"now"});
+
+    printer.FailAfter(3, Condition::kCoverOpen);
+    OnError([&] {
+        printer.SetCondition(Condition::kWell);
+        return OPOS_ER_RETRY;
+    });
+    EXPECT_EQ(spooler.PrintTransaction(), 0);
+    EXPECT_EQ(printer.Printed(), (std::vector<std::string>{"now", "12", "cut 100", "12", "cut 100", "3"}));
+    EXPECT_EQ(Count(CB_JOBCOMPLETE), 1U);
+    EXPECT_EQ(spooler.PrintNormal("4", &id), 0) << "the transaction is closed";
+    EXPECT_EQ(printer.Printed().back(), "4");
+}
+
+TEST_F(PrintSpoolerTest, TextQueuedAfterATransactionWasTakenIsNotLostInIt)
+{
+    spooler.BeginTransaction();
+    spooler.PrintNormal("in", &id);
+    printer.Hold();
+    spooler.PrintTransaction();
+    printer.WaitUntilHeld();
+    spooler.PrintNormal("after", &id);
+    spooler.BeginTransaction();
+    spooler.PrintNormal("next", &id);
+    spooler.PrintTransaction();
+    printer.Resume();
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE, 3));
+    EXPECT_EQ(printer.Printed(), (std::vector<std::string>{"in", "after", "next"}));
+}
+
+TEST_F(PrintSpoolerTest, ASecondCallerIsToldBusyAtOnce)
+{
+    spooler.SetSyncMode();
+    printer.Hold();
+    auto first = std::async(std::launch::async, [this] { return spooler.PrintNormal("first", &id); });
+    printer.WaitUntilHeld();
+    std::atomic<int32_t> other{77};
+    EXPECT_EQ(spooler.PrintNormal("second", &other), kBusy);
+    EXPECT_EQ(spooler.PrintImmediate("third"), kBusy);
+    EXPECT_EQ(other.load(), 77);
+    printer.Resume();
+    EXPECT_EQ(first.get(), 0);
+}
+
+TEST_F(PrintSpoolerTest, ClosePrintsWhatWasQueuedAndRefusesTheRest)
+{
+    printer.Hold();
+    for (int i = 0; i < 10; ++i)
+        spooler.PrintNormal(std::to_string(i), &id);
+    printer.WaitUntilHeld();
+    auto closed = std::async(std::launch::async, [this] { return spooler.Close(); });
+    while (spooler.PrintNormal("late", nullptr) != kBusy)
+        std::this_thread::yield();
+    printer.Resume();
+    EXPECT_EQ(closed.wait_for(kSoon), std::future_status::ready);
+    const auto printed = printer.Printed();
+    EXPECT_GE(printed.size(), 10U);
+    EXPECT_EQ(printed[9], "9");
+    EXPECT_EQ(spooler.PrintNormal("closed", nullptr), kBusy);
+    EXPECT_EQ(spooler.Close(), 0);
+    ASSERT_EQ(spooler.Open(0), 0);
+}
+
+TEST_F(PrintSpoolerTest, APauseBetweenAttemptsEndsWithCloseAndClear)
+{
+    printer.SetCondition(Condition::kCoverOpen);
+    std::promise<void> asked;
+    std::atomic<int> times{0};
+    OnError([&] {
+        if (times++ == 0) asked.set_value();
+        return times > 1 ? OPOS_ER_CLEAR : OPOS_ER_RETRY;
+    });
+    spooler.PrintNormal("x", &id);
+    asked.get_future().wait();
+    auto closed = std::async(std::launch::async, [this] { return spooler.Close(); });
+    EXPECT_EQ(closed.wait_for(kSoon), std::future_status::ready);
+    EXPECT_TRUE(printer.Printed().empty());
+}
+
+TEST_F(PrintSpoolerTest, AnIdlePrinterIsPolledAndOnlyChangesAreReported)
+{
+    const std::size_t atStart = Count(CB_STATUSCHANGE);
+    printer.SetCondition(Condition::kCoverOpen);
+    clock.Jump(10000);
+    ASSERT_TRUE(AwaitReport(CB_STATUSCHANGE, atStart + 1));
+    const int queries = printer.Queries();
+    while (printer.Queries() == queries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(Count(CB_STATUSCHANGE), atStart + 1);
+    EXPECT_EQ(Count(CB_PRINTERROR), 0U);
+}
+
+TEST_F(PrintSpoolerTest, WithTheOptionAFailedQueryIsAPrinterError)
+{
+    CPrintSpooler signalling(reference, clock, plain);
+    OpenWith(signalling, kOptionSignalFailedQuery);
+    printer.SetCondition(Condition::kSilent);
+    clock.Jump(10000);
+    EXPECT_TRUE(AwaitReport(CB_PRINTERROR));
+    signalling.Close();
+}
+
+TEST_F(PrintSpoolerTest, TheSecondFamilyNumbersJobsItsOwnWayAndPutsAModeBeforeEveryText)
+{
+    CPrintSpooler orven(second, clock, plain);
+    OpenWith(orven);
+    orven.SetSyncMode();
+    const test::ServiceLogCapture log;
+    EXPECT_EQ(orven.PrintNormal("text", &id), 0);
+    orven.SetBold(true);
+    orven.SetUnderlined(true);
+    EXPECT_EQ(orven.PrintImmediate("now"), 0);
+    EXPECT_EQ(orven.CutPaper(50, &id), 0);
+    auto direct = std::make_unique<printer::DirectIODataStruct>();
+    direct->count = 3;
+    EXPECT_EQ(orven.DirectIO(std::move(direct), &id), 0);
+    EXPECT_EQ(printer.Printed(), (std::vector<std::string>{"\x1B!\x02text", "\x1B!\x88now", "cut 50", "direct 3"}));
+    EXPECT_TRUE(log.Has("[CPrintSpoolerOrven] --- AddJob Begin (3, 50)"));
+    EXPECT_TRUE(log.Has("[CPrintSpoolerOrven] --- AddJob Begin (7, Data Buffer)"));
+    EXPECT_TRUE(log.Has("PRINTIMMEDIATE"));
+    for (const int32_t type : {2, 4, 8})
+        EXPECT_EQ(orven.AddJob(type, "", nullptr), 0);
+    EXPECT_EQ(log.Count("[CPrintSpoolerOrven] --- DoJob JOB_??? **NOT HANDLED**"), 2U);
+}
+
+TEST_F(PrintSpoolerTest, AQueuedJobLeavesThisTraceInTheLog)
+{
+    spooler.SetSyncMode();
+    const test::ServiceLogCapture log;
+    EXPECT_EQ(spooler.PrintNormal("Hi", &id), 0);
+    const std::vector<std::string> expected = {
+        "[CPrintSpoolerTalis] --- PrintNormal Begin",
+        "[CPrintSpoolerTalis] --- AddJob Begin (1, Hi)",
+        "[CPrintSpoolerTalis] --- AddJob SYNC PrintNormal Execute",
+        "[CPrintSpoolerTalis] --- InvokeCallback Begin (2)",
+        "[CPrintSpoolerTalis] --- InvokeCallback CALLBACKTIME = 0",
+        "[CPrintSpoolerTalis] --- InvokeCallback End",
+        "[CPrintSpoolerTalis] --- DoJob Begin (1)",
+        "[CPrintSpoolerTalis] --- DoJob JOB_PRINT_NORMAL Hi",
+        "[CPrintSpoolerTalis] --- DoJob End (0)",
+        "[CPrintSpoolerTalis] --- InvokeCallback Begin (3)",
+        "[CPrintSpoolerTalis] --- InvokeCallback CALLBACKTIME = 0",
+        "[CPrintSpoolerTalis] --- InvokeCallback End",
+        "[CPrintSpoolerTalis] --- AddJob End",
+        "[CPrintSpoolerTalis] --- PrintNormal End",
+    };
+    std::vector<std::string> lines;
+    for (const std::string& line : log.Taken()) {
+        // The spool thread may write its own lines in between, and a call may take a millisecond.
+        if (line.find("ThreadSpool") != std::string::npos || line.find("GetInactivityTime") != std::string::npos)
+            continue;
+        const std::size_t time = line.find("CALLBACKTIME = ");
+        lines.push_back(time == std::string::npos ? line : line.substr(0, time) + "CALLBACKTIME = 0");
+    }
+    EXPECT_EQ(lines, expected);
+}
+
+}  // namespace
+}  // namespace marbex::spooler

@@ -1,0 +1,282 @@
+// The printer behind its links: what a till sees of a printer that works, and of one that misbehaves.
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "bytes.h"
+#include "virtual_printer/server.h"
+
+namespace marbex::virtual_printer {
+namespace {
+
+constexpr int kLimitMs = 10000;
+
+// The till's end of a link.
+class Client {
+public:
+    explicit Client(int fd) : fd_(fd) {}
+    ~Client() { Close(); }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    static int ConnectTcp(uint16_t port)
+    {
+        const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0) {
+            ::close(fd);
+            return -1;
+        }
+        return fd;
+    }
+    bool Open() const { return fd_ >= 0; }
+    void Close()
+    {
+        if (fd_ >= 0) {
+            ::close(fd_);
+            fd_ = -1;
+        }
+    }
+    void Send(std::string_view bytes) const
+    {
+        ASSERT_EQ(::write(fd_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+    // What is sent before the other end takes nothing for a while, at most limit bytes.
+    std::size_t SendUntilStuck(std::size_t limit) const
+    {
+        const int flags = ::fcntl(fd_, F_GETFL);
+        ::fcntl(fd_, F_SETFL, flags | O_NONBLOCK);
+        const std::string block(4096, 'x');
+        std::size_t sent = 0;
+        while (sent < limit) {
+            pollfd one{fd_, POLLOUT, 0};
+            if (::poll(&one, 1, 300) <= 0) {
+                break;
+            }
+            const ssize_t count = ::write(fd_, block.data(), block.size());
+            sent += count > 0 ? static_cast<std::size_t>(count) : 0;
+        }
+        ::fcntl(fd_, F_SETFL, flags);
+        return sent;
+    }
+    std::string Receive(std::size_t count) const
+    {
+        std::string all;
+        while (all.size() < count && Readable(kLimitMs)) {
+            std::array<char, 64> buffer{};
+            const ssize_t got = ::read(fd_, buffer.data(), std::min(buffer.size(), count - all.size()));
+            if (got <= 0) {
+                break;
+            }
+            all.append(buffer.data(), static_cast<std::size_t>(got));
+        }
+        return all;
+    }
+    bool Readable(int ms) const
+    {
+        pollfd one{fd_, POLLIN, 0};
+        return ::poll(&one, 1, ms) > 0;
+    }
+    int Fd() const { return fd_; }
+
+private:
+    int fd_;
+};
+
+auto Printed(std::size_t lines)
+{
+    return [lines](const VirtualPrinter& printer) { return printer.Lines().size() >= lines; };
+}
+
+template <class T>
+auto Happened(std::size_t times = 1)
+{
+    return [times](const VirtualPrinter& printer) { return printer.All<T>().size() >= times; };
+}
+
+TEST(Server, PrintsAndAnswersOverTcp)
+{
+    TcpPrinterServer server("TALIS");
+    Client client(Client::ConnectTcp(server.Port()));
+    ASSERT_TRUE(client.Open());
+    client.Send("\x1DI\x01");
+    EXPECT_EQ(client.Receive(1), "\x5F");
+    client.Send("hello\n");
+    EXPECT_TRUE(server.WaitFor(Printed(1)));
+    EXPECT_EQ(server.Lines(), std::vector<std::string>{"hello"});
+    client.Close();
+    EXPECT_TRUE(server.WaitFor(Happened<Disconnected>()));
+    Client next(Client::ConnectTcp(server.Port()));
+    next.Send("\x10\x04\x01");
+    EXPECT_EQ(next.Receive(1), "\x12");
+}
+
+TEST(Server, DropResetsTheConnectionAndAnotherOneWorks)
+{
+    TcpPrinterServer server("TALIS");
+    Client client(Client::ConnectTcp(server.Port()));
+    client.Send("half a row \x1B*b9Wabc");
+    ASSERT_TRUE(
+        server.WaitFor([](const VirtualPrinter& printer) { return printer.UnfinishedLine() == "half a row "; }));
+    server.Drop();
+    char byte = 0;
+    ASSERT_TRUE(client.Readable(kLimitMs));
+    EXPECT_EQ(::read(client.Fd(), &byte, 1), -1);
+    EXPECT_EQ(errno, ECONNRESET);
+    // The unfinished command is not continued by the next connection.
+    Client next(Client::ConnectTcp(server.Port()));
+    next.Send("next\n");
+    EXPECT_TRUE(server.WaitFor(Printed(1)));
+    EXPECT_EQ(server.Lines(), std::vector<std::string>{"half a row next"});
+    EXPECT_EQ(server.All<Unknown>().size(), 1U);
+}
+
+TEST(Server, RefusesConnectionsUntilToldOtherwise)
+{
+    TcpPrinterServer server("TALIS");
+    const uint16_t port = server.Port();
+    server.Refuse(true);
+    EXPECT_EQ(Client::ConnectTcp(port), -1);
+    EXPECT_EQ(errno, ECONNREFUSED);
+    server.Refuse(false);
+    EXPECT_EQ(server.Port(), port);
+    Client client(Client::ConnectTcp(port));
+    EXPECT_TRUE(client.Open());
+}
+
+TEST(Server, MuteTakesBytesAndAnswersNothing)
+{
+    TcpPrinterServer server("TALIS");
+    server.SetMute(true);
+    Client client(Client::ConnectTcp(server.Port()));
+    client.Send("\x10\x04\x14taken\n");
+    ASSERT_TRUE(server.WaitFor(Printed(1)));
+    server.SetMute(false);
+    client.Send("\x10\x04\x01");
+    EXPECT_EQ(client.Receive(1), "\x12");  // the first answer is the one after the silence
+}
+
+TEST(Server, AStoppedPrinterStopsReading)
+{
+    LinkOptions link;
+    link.receiveBuffer = 4096;
+    PrinterServer server("TALIS", link);
+    server.SetCover(true);
+    const int fd = Client::ConnectTcp(server.Port());
+    const int small = 4096;
+    ::setsockopt(fd, SOL_SOCKET, SO_SNDBUF, &small, sizeof(small));
+    Client client(fd);
+    constexpr std::size_t kPlenty = 1000000;
+    const std::size_t sent = client.SendUntilStuck(kPlenty);
+    EXPECT_GE(sent, VirtualPrinter::kStoppedBuffer);
+    EXPECT_LT(sent, kPlenty / 2);
+    server.With([](VirtualPrinter& printer) {
+        EXPECT_EQ(printer.State().waitingBytes, VirtualPrinter::kStoppedBuffer);
+        EXPECT_TRUE(printer.All<TextLine>().empty());
+    });
+    server.SetCover(false);
+    client.Send("\n");
+    EXPECT_TRUE(server.WaitFor([sent](const VirtualPrinter& printer) {
+        std::size_t printed = 0;
+        for (const std::string& line : printer.Lines()) {
+            printed += line.size();
+        }
+        return printed == sent;
+    })) << "bytes that waited were lost";
+    EXPECT_TRUE(server.All<Overrun>().empty());
+}
+
+TEST(Server, AStoppedPrinterTakesTheNextConnectionWhenTheFirstHasGone)
+{
+    TcpPrinterServer server("TALIS");
+    server.SetCover(true);
+    Client client(Client::ConnectTcp(server.Port()));
+    client.Send(std::string(20000, 'x'));
+    ASSERT_TRUE(server.WaitFor([](const VirtualPrinter& printer) { return printer.Room() == 0; }));
+    client.Close();
+    Client next(Client::ConnectTcp(server.Port()));
+    EXPECT_TRUE(server.WaitFor(Happened<Connected>(2)));
+    EXPECT_EQ(server.All<Disconnected>().size(), 1U);
+}
+
+TEST(Server, KeepsThePaceOfASlowLine)
+{
+    LinkOptions link;
+    link.bytesPerSecond = 1000;
+    PrinterServer server("TALIS", link);
+    Client client(Client::ConnectTcp(server.Port()));
+    const auto start = std::chrono::steady_clock::now();
+    client.Send(std::string(299, 'x') + "\n");
+    ASSERT_TRUE(server.WaitFor([](const VirtualPrinter& printer) { return printer.Lines().size() == 6; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(250));
+    server.Slow(0);
+    client.Send(std::string(100000, '\n'));
+    EXPECT_TRUE(server.WaitFor(Printed(100006)));
+}
+
+TEST(Server, ServesASerialLine)
+{
+    LinkOptions link;
+    link.kind = LinkOptions::Kind::kSerial;
+    PrinterServer server("CORVO", link);
+    Client client(::open(server.SerialPath().c_str(), O_RDWR | O_NOCTTY));
+    ASSERT_TRUE(client.Open());
+    client.Send("\x1DI\xFF");
+    EXPECT_EQ(client.Receive(2), "\x02\x37");
+    client.Send("a\r\n\x1Bi");
+    EXPECT_TRUE(server.WaitFor(Happened<Cut>()));
+    EXPECT_EQ(server.Lines(), std::vector<std::string>{"a"});
+}
+
+TEST(Server, ServesTheDisplayOnItsOwnLine)
+{
+    LinkOptions link;
+    link.kind = LinkOptions::Kind::kSerial;
+    link.displaySerial = true;
+    PrinterServer server("ARGO PC TURBO", link);
+    Client display(::open(server.DisplayPath().c_str(), O_RDWR | O_NOCTTY));
+    ASSERT_TRUE(display.Open());
+    display.Send(
+        Z("\x1B\xA0\0\x1F$\x02\x80"
+          "B"));
+    EXPECT_TRUE(server.WaitFor([](const VirtualPrinter& printer) {
+        const auto contents = printer.All<DisplayContent>();
+        return !contents.empty() && contents.back().rows == std::vector<std::string>{"  ΑB                "};
+    }));
+}
+
+TEST(Server, ServesAUsbStandIn)
+{
+    LinkOptions link;
+    link.kind = LinkOptions::Kind::kUsb;
+    link.socketPath = testing::TempDir() + "vprinter-" + std::to_string(::getpid()) + ".sock";
+    {
+        PrinterServer server("PELTO", link);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, link.socketPath.c_str(), sizeof(address.sun_path) - 1);
+        Client client(::socket(AF_UNIX, SOCK_STREAM, 0));
+        ASSERT_EQ(::connect(client.Fd(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        client.Send("\x1DI\x01");
+        EXPECT_EQ(client.Receive(1), "\x8E");
+        server.Drop();
+        EXPECT_EQ(client.Receive(1), "");
+    }
+    EXPECT_NE(::access(link.socketPath.c_str(), F_OK), 0);
+}
+
+}  // namespace
+}  // namespace marbex::virtual_printer
