@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -20,19 +21,12 @@ public:
     {
     }
     int Height() const { return height_; }
-    void Set(int x, int y)
-    {
-        if (x >= 0 && x < width_ && y >= 0 && y < height_) {
-            uint8_t& byte = bits_[static_cast<std::size_t>(y) * stride_ + static_cast<std::size_t>(x) / 8];
-            byte = static_cast<uint8_t>(byte | (0x80U >> (x % 8)));
-        }
-    }
     void Fill(int x, int y, int width, int height)
     {
-        for (int row = y; row < y + height; ++row) {
-            for (int column = x; column < x + width; ++column) {
-                Set(column, row);
-            }
+        const int left = std::max(x, 0);
+        const int right = std::min(x + width, width_);
+        for (int row = std::max(y, 0); left < right && row < std::min(y + height, height_); ++row) {
+            FillRow(bits_.data() + static_cast<std::size_t>(row) * stride_, left, right);
         }
     }
     void PutOn(Paper& paper) const
@@ -43,6 +37,21 @@ public:
     }
 
 private:
+    static void FillRow(uint8_t* row, int left, int right)
+    {
+        const int first = left / 8;
+        const int last = (right - 1) / 8;
+        const unsigned fromLeft = 0xFFU >> (left % 8);
+        const unsigned upToRight = 0xFF00U >> ((right - 1) % 8 + 1);
+        if (first == last) {
+            row[first] = static_cast<uint8_t>(row[first] | (fromLeft & upToRight));
+            return;
+        }
+        row[first] = static_cast<uint8_t>(row[first] | fromLeft);
+        std::fill(row + first + 1, row + last, uint8_t{0xFF});
+        row[last] = static_cast<uint8_t>(row[last] | upToRight);
+    }
+
     int width_;
     int height_;
     std::size_t stride_;

@@ -5,7 +5,6 @@
 #include FT_OUTLINE_H
 
 #include <algorithm>
-#include <cstdlib>
 #include <map>
 #include <tuple>
 #include <vector>
@@ -25,17 +24,18 @@ constexpr const char* kRegularFonts[] = {
     "/usr/share/fonts/opentype/unifont/unifont.otf",
     "/usr/share/fonts/truetype/unifont/unifont.ttf",
     "/usr/share/fonts/truetype/wqy/wqy-zenhei.ttc",
+    "/usr/share/fonts/truetype/nanum/NanumGothic.ttf",
     "/usr/share/fonts/truetype/freefont/FreeSerif.ttf",
 };
 constexpr const char* kBoldFont = "/usr/share/fonts/truetype/dejavu/DejaVuSansMono-Bold.ttf";
 
-struct Bitmap {
-    int left = 0;  // dots right of the cell's left edge
-    int top = 0;   // dots above the baseline
-    int width = 0;
-    int rows = 0;
-    std::vector<bool> dots;
+// The black stretches of a character, from the left end of its baseline; up is positive.
+struct Stretch {
+    int x;
+    int up;
+    int length;
 };
+using Shape = std::vector<Stretch>;
 
 using Key = std::tuple<char32_t, int, bool, bool, int, int>;
 
@@ -49,12 +49,6 @@ public:
             library_ = nullptr;
             return;
         }
-        bold_ = Open(kBoldFont);
-        for (const char* file : kRegularFonts) {
-            if (FT_Face face = Open(file)) {
-                regular_.push_back(face);
-            }
-        }
     }
     ~Faces()
     {
@@ -65,7 +59,7 @@ public:
     Faces(const Faces&) = delete;
     Faces& operator=(const Faces&) = delete;
 
-    const Bitmap& Get(char32_t character, int columns, const Style& style)
+    const Shape& Get(char32_t character, int columns, const Style& style)
     {
         const Key key{character, columns, style.bold, style.italic, style.scaleX, style.scaleY};
         const auto found = cache_.find(key);
@@ -81,28 +75,36 @@ public:
 private:
     static constexpr std::size_t kMostCached = 4096;
 
+    // A font, opened when the first character is wanted of it; null when it is not installed.
     FT_Face Open(const char* file)
     {
-        FT_Face face = nullptr;
-        return FT_New_Face(library_, file, 0, &face) == 0 ? face : nullptr;
+        const auto [entry, isNew] = faces_.emplace(file, nullptr);
+        if (isNew && (library_ == nullptr || FT_New_Face(library_, file, 0, &entry->second) != 0)) {
+            entry->second = nullptr;
+        }
+        return entry->second;
     }
 
-    FT_Face FaceFor(char32_t character, bool bold, bool& smear) const
+    FT_Face FaceFor(char32_t character, bool bold, bool& smear)
     {
+        const auto has = [this, character](const char* file) {
+            FT_Face face = Open(file);
+            return face != nullptr && FT_Get_Char_Index(face, character) != 0 ? face : nullptr;
+        };
         smear = false;
-        if (bold && bold_ != nullptr && FT_Get_Char_Index(bold_, character) != 0) {
-            return bold_;
+        if (FT_Face face = bold ? has(kBoldFont) : nullptr) {
+            return face;
         }
         smear = bold;
-        for (FT_Face face : regular_) {
-            if (FT_Get_Char_Index(face, character) != 0) {
+        for (const char* file : kRegularFonts) {
+            if (FT_Face face = has(file)) {
                 return face;
             }
         }
         return nullptr;
     }
 
-    Bitmap Render(char32_t character, int columns, const Style& style)
+    Shape Render(char32_t character, int columns, const Style& style)
     {
         const int cellWidth = kCellWidth * columns * style.scaleX;
         bool smear = false;
@@ -127,51 +129,44 @@ private:
         return Copy(*slot, advance == 0 ? 0 : (cellWidth - advance) / 2, smear ? style.scaleX : 0);
     }
 
-    static Bitmap Copy(const FT_GlyphSlotRec_& slot, int shift, int smear)
+    // smear: dots by which a stretch grows to the right, for a bold character of a font that has none.
+    static Shape Copy(const FT_GlyphSlotRec_& slot, int shift, int smear)
     {
-        Bitmap bitmap;
+        Shape shape;
         const FT_Bitmap& source = slot.bitmap;
-        bitmap.left = slot.bitmap_left + shift;
-        bitmap.top = slot.bitmap_top;
-        bitmap.width = static_cast<int>(source.width) + smear;
-        bitmap.rows = static_cast<int>(source.rows);
-        bitmap.dots.resize(static_cast<std::size_t>(bitmap.width) * source.rows);
-        for (unsigned row = 0; row < source.rows; ++row) {
+        for (int row = 0; row < static_cast<int>(source.rows); ++row) {
             const unsigned char* line = source.buffer + static_cast<std::ptrdiff_t>(row) * source.pitch;
-            for (unsigned column = 0; column < source.width; ++column) {
-                if ((line[column / 8] & (0x80U >> (column % 8))) != 0) {
-                    for (int extra = 0; extra <= smear; ++extra) {
-                        bitmap.dots[row * static_cast<std::size_t>(bitmap.width) + column +
-                                    static_cast<std::size_t>(extra)] = true;
-                    }
+            const auto black = [line](int x) { return (line[x / 8] & (0x80U >> (x % 8))) != 0; };
+            const int width = static_cast<int>(source.width);
+            for (int x = 0; x < width;) {
+                const int start = x;
+                while (x < width && black(x)) {
+                    ++x;
                 }
+                if (x > start) {
+                    shape.push_back({slot.bitmap_left + shift + start, slot.bitmap_top - row, x - start + smear});
+                }
+                ++x;
             }
         }
-        return bitmap;
+        return shape;
     }
 
-    static Bitmap Box(int cellWidth, int cellHeight, int scaleY)
+    static Shape Box(int cellWidth, int cellHeight, int scaleY)
     {
-        Bitmap box;
-        box.left = 1;
-        box.width = cellWidth - 2;
-        box.rows = cellHeight - 6;
-        box.top = cellHeight - kBaseline * scaleY - 3;
-        box.dots.resize(static_cast<std::size_t>(box.width) * static_cast<std::size_t>(box.rows));
-        for (int row = 0; row < box.rows; ++row) {
-            for (int column = 0; column < box.width; ++column) {
-                const bool edge = row == 0 || row == box.rows - 1 || column == 0 || column == box.width - 1;
-                box.dots[static_cast<std::size_t>(row) * static_cast<std::size_t>(box.width) +
-                         static_cast<std::size_t>(column)] = edge;
-            }
+        const int top = cellHeight - kBaseline * scaleY - 3;
+        const int bottom = top - cellHeight + 7;
+        Shape box{{1, top, cellWidth - 2}, {1, bottom, cellWidth - 2}};
+        for (int up = bottom + 1; up < top; ++up) {
+            box.push_back({1, up, 1});
+            box.push_back({cellWidth - 2, up, 1});
         }
         return box;
     }
 
     FT_Library library_ = nullptr;
-    FT_Face bold_ = nullptr;
-    std::vector<FT_Face> regular_;
-    std::map<Key, Bitmap> cache_;
+    std::map<const char*, FT_Face> faces_;
+    std::map<Key, Shape> cache_;
 };
 
 Glyphs::Glyphs() = default;
@@ -183,16 +178,9 @@ void Glyphs::Draw(DotStrip& strip, int x, int bottom, char32_t character, int co
         faces_ = std::make_unique<Faces>();
     }
     if (character != U' ') {
-        const Bitmap& bitmap = faces_->Get(character, columns, style);
-        const int left = x + bitmap.left;
-        const int top = bottom - kBaseline * style.scaleY - bitmap.top;
-        for (int row = 0; row < bitmap.rows; ++row) {
-            for (int column = 0; column < bitmap.width; ++column) {
-                if (bitmap.dots[static_cast<std::size_t>(row) * static_cast<std::size_t>(bitmap.width) +
-                                static_cast<std::size_t>(column)]) {
-                    strip.Set(left + column, top + row);
-                }
-            }
+        const int baseline = bottom - kBaseline * style.scaleY;
+        for (const Stretch& stretch : faces_->Get(character, columns, style)) {
+            strip.Fill(x + stretch.x, baseline - stretch.up, stretch.length, 1);
         }
     }
     if (style.underline) {
