@@ -41,7 +41,7 @@ private:
 std::vector<support::CharSetStruct> StandardSets()
 {
     std::vector<support::CharSetStruct> sets;
-    for (const uint8_t number : {0, 2, 3, 4, 5, 19})
+    for (const uint8_t number : std::initializer_list<uint8_t>{0, 2, 3, 4, 5, 19})
         sets.push_back(*support::FindCharacterSet(number));
     return sets;
 }
@@ -53,7 +53,7 @@ void Convert(benchmark::State& state, const std::string& text, const std::vector
     PrintDataConverter converter(kTraits);
     for (auto iteration : state) {
         std::string out;  // as the device does: a string a call
-        converter.DoValidateDataW(marbex::opos::PTR_S_RECEIPT, text, sets, "", out);
+        converter.DoValidateDataW(opos::PTR_S_RECEIPT, text, sets, "", out);
         benchmark::DoNotOptimize(out.data());
     }
     state.SetBytesProcessed(static_cast<int64_t>(text.size()) * static_cast<int64_t>(state.iterations()));
