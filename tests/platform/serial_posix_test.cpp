@@ -198,6 +198,7 @@ TEST_F(SerialPort, SettingsAreKeptAlsoWhereATerminalCannotExpressThem)
     settings.eventCharacter = 0x0A;
     settings.ctsOutputFlow = true;
     ASSERT_TRUE(line->Apply(settings));
+    ASSERT_TRUE(line->Apply(settings));  // and once more, with nothing left to change
     const LineSettings kept = *line->Settings();
     EXPECT_EQ(kept.baudRate, 57600U);
     EXPECT_EQ(kept.byteSize, 7);

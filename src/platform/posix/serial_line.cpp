@@ -115,7 +115,8 @@ public:
         termios terminal{};
         if (tcgetattr(Fd(), &terminal) != 0) return Fail(errno);
         ToTermios(settings, terminal);
-        if (tcsetattr(Fd(), TCSANOW, &terminal) != 0) return Fail(errno);
+        // The C library says EINVAL when a terminal took all but the framing, which a pseudo-terminal does not have.
+        if (tcsetattr(Fd(), TCSANOW, &terminal) != 0 && errno != EINVAL) return Fail(errno);
         applied_ = settings;
         return SetModemLine(TIOCM_DTR, settings.dtr != LineControl::kDisabled) &&
                // With hardware flow control on, the driver itself moves RTS.
