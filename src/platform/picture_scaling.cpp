@@ -122,7 +122,8 @@ private:
     // double never rounds up to the next whole number.
     static uint32_t Nearest(uint64_t sum, uint64_t total)
     {
-        return static_cast<uint32_t>(static_cast<double>(sum + total / 2) / static_cast<double>(total));
+        const uint64_t half = total / 2;
+        return static_cast<uint32_t>(static_cast<double>(sum + half) / static_cast<double>(total));
     }
 
     void AverageAcross(uint32_t units, uint32_t* target) const

@@ -91,7 +91,7 @@ TEST(BarcodeEngine, LengthsAreJudgedWithoutHarm)
         {Symbology::kCode128, "{B", "a", "", 255},
     };
     for (const Case& c : cases) {
-        for (const std::size_t length : {0, 100, 101, 255, 256, 10000}) {
+        for (const std::size_t length : {0U, 100U, 101U, 255U, 256U, 10000U}) {
             SCOPED_TRACE(testing::Message() << "symbology " << static_cast<int>(c.symbology) << " length " << length);
             std::string data;
             if (length > 0) {
@@ -107,7 +107,7 @@ TEST(BarcodeEngine, LengthsAreJudgedWithoutHarm)
         }
     }
     BarcodeEngine engine;
-    for (const std::size_t length : {0, 100, 101, 255, 10000}) {
+    for (const std::size_t length : {0U, 100U, 101U, 255U, 10000U}) {
         EXPECT_TRUE(engine.Encode(std::string(length, '1'), Symbology::kCode32, 3));
         EXPECT_EQ(engine.GetWidth(), 0U);
     }

@@ -113,7 +113,7 @@ TEST_F(BarcodeRequestTest, RefusesWhatThePrinterCannotDraw)
     const std::string longest(98, 'A');
     EXPECT_EQ(Prepare({longest, PTR_BCS_Code128, 80, 2, 0, PTR_BC_TEXT_NONE}), OPOS_SUCCESS);
     EXPECT_EQ(payload_.dataLength, 100U);
-    for (const std::size_t length : {99, 101, 255, 10000}) {
+    for (const std::size_t length : {99U, 101U, 255U, 10000U}) {
         EXPECT_EQ(Prepare({std::string(length, 'A'), PTR_BCS_Code128, 80, 2, 0, PTR_BC_TEXT_NONE}), OPOS_E_ILLEGAL);
         EXPECT_EQ(Lines().back(), "[CPrintSpoolerTalis] --- PrintBarCode - BARCODE Data NOT Correct!");
     }
