@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <thread>
 
 #include "platform/files.h"
@@ -145,8 +146,8 @@ TEST(SystemRegistry, ReadsWhileOthersWriteSeeWholeFiles)
             ASSERT_TRUE(value) << SystemRegistry().LastProblem();
         }
     });
-    for (int i = 1; i <= 50; ++i)
-        ASSERT_TRUE(SystemRegistry().SetValue("A", Text("n", std::string(i * 100u, 'x'))));
+    for (std::size_t i = 1; i <= 50; ++i)
+        ASSERT_TRUE(SystemRegistry().SetValue("A", Text("n", std::string(i * 100, 'x'))));
     done = true;
     reader.join();
 }

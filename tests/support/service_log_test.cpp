@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <mutex>
-#include <regex>
 #include <thread>
 #include <vector>
 
@@ -15,7 +14,6 @@ namespace {
 
 using tests::TempRegistry;
 
-constexpr const char* kStamp = R"(\[\d{4}/\d\d/\d\d \d\d:\d\d:\d\d:\d{4}\])";
 constexpr const char* kFile = "drive_c/SOLogFile1.txt";
 
 std::vector<std::string> LinesOf(const std::string& contents)
@@ -30,6 +28,22 @@ std::vector<std::string> LinesOf(const std::string& contents)
     return lines;
 }
 
+// The lines without their time stamps; a line that does not begin with one says so.
+std::vector<std::string> MessagesOf(const std::string& contents)
+{
+    constexpr std::string_view kStamp = "[0000/00/00 00:00:00:0000]";
+    std::vector<std::string> messages = LinesOf(contents);
+    for (std::string& line : messages) {
+        std::string form = line.substr(0, kStamp.size());
+        for (char& c : form)
+            c = c >= '0' && c <= '9' ? '0' : c;
+        line = form == kStamp ? line.substr(kStamp.size()) : "no time stamp: " + line;
+    }
+    return messages;
+}
+
+using Messages = std::vector<std::string>;
+
 TEST(ServiceLog, WritesStampedLinesAndKeepsEarlierOnes)
 {
     const TempRegistry registry;
@@ -41,9 +55,9 @@ TEST(ServiceLog, WritesStampedLinesAndKeepsEarlierOnes)
     LogWrite("[OpenService] %s", none);
     LogClose();
     LogWrite("[Late] dropped");
-    const std::regex expected(std::string(kStamp) + R"(\[TalisPOSPrinter\] PrintNormal Begin \(2, ABC\)\r\n)" + kStamp +
-                              R"(\[OpenService\] \(null\)\r\n)");
-    EXPECT_TRUE(std::regex_match(registry.ContentsBelow(kFile), expected)) << registry.ContentsBelow(kFile);
+    EXPECT_EQ(MessagesOf(registry.ContentsBelow(kFile)),
+              (Messages{"[TalisPOSPrinter] PrintNormal Begin (2, ABC)", "[OpenService] (null)"}));
+    EXPECT_TRUE(registry.ContentsBelow(kFile).ends_with("\r\n"));
 }
 
 TEST(ServiceLog, CutsLinesAt124Characters)
@@ -79,7 +93,7 @@ TEST(ServiceLog, LevelChoosesTheDebugger)
     LogOpen("C:", 0, 2, 1);
     LogWrite("[A] two");
     platform::CaptureDebugOutput(nullptr);
-    EXPECT_TRUE(std::regex_match(captured, std::regex(std::string(kStamp) + R"(\[A\] one\r\n)"))) << captured;
+    EXPECT_EQ(MessagesOf(captured), Messages{"[A] one"});
     EXPECT_FALSE(std::filesystem::exists(registry.Folder() + "/" + kFile));
 }
 
