@@ -11,8 +11,8 @@
 
 namespace marbex::platform {
 
-// The system's ANSI code page: on Windows the system's own; on POSIX the one that LoadAnsiCodePage read last, 1252
-// before that.
+// The system's ANSI code page: on Windows the system's own; on POSIX the one that LoadAnsiCodePage read last, which the
+// first use of this and the ANSI conversions calls with the system's registry.
 uint32_t AnsiCodePage();
 
 // POSIX: takes the value "ACP" (REG_SZ, decimal) of SYSTEM\CurrentControlSet\Control\Nls\CodePage; a missing value or a
@@ -24,7 +24,7 @@ void LoadAnsiCodePage(const Registry& registry);
 std::u16string WidenAnsi(std::string_view text);
 
 // The same, appended to wide. Made for the short runs between ASCII text, one accented letter at a time: for the
-// single-byte pages and UTF-8 a call takes no lock and asks nothing of the system.
+// single-byte pages and UTF-8 a call, after the first, takes no lock and asks nothing of the system.
 void WidenAnsi(std::string_view text, std::u16string& wide);
 
 // UTF-16 to the ANSI code page; every unit that it does not hold becomes "?", two for a character above U+FFFF. The C1

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <iconv.h>
+#include <unistd.h>
 
 #include <thread>
 
@@ -159,6 +160,15 @@ TEST(Text, Utf8)
               "a\xEF\xBF\xBD"
               "b\xEF\xBF\xBD");
     EXPECT_EQ(NarrowAnsi(lone), Utf8FromUtf16(lone));
+}
+
+// The name of the device to open is converted before anybody has opened anything.
+TEST(TextDeathTest, TheFirstConversionReadsTheSystemPage)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process of its own, in which nothing was converted yet
+    const TempRegistry registry(
+        "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage]\n\"ACP\"=\"1251\"\n");
+    EXPECT_EXIT(_exit(NarrowAnsi(u"\u0416") == "\xC6" ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST(Text, UnknownSystemPageIsWestern)

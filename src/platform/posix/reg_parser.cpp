@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "platform/posix/code_page.h"
 #include "platform/posix/reg_file.h"
 #include "platform/text.h"
 #include "platform/unicode.h"
@@ -68,12 +69,21 @@ void DropTerminator(std::string& text)
     text.erase(text.find_last_not_of('\0') + 1);
 }
 
+// The older version is written in the ANSI code page of the machine it comes from. Which one that is, the file does not
+// tell, and the page of this machine may be what the file is read for.
+std::string Utf8FromWestern(std::string_view bytes)
+{
+    std::u16string wide;
+    FindCodePage(1252)->Widen(bytes, wide);
+    return Utf8FromUtf16(wide);
+}
+
 // The bytes of a text value as hex(N) tells them, in the form RegistryValue wants.
 std::string TextOf(RegistryType type, const std::string& bytes, bool ansi)
 {
     std::string text;
     if (ansi) {
-        text = Utf8FromUtf16(WidenAnsi(bytes));
+        text = Utf8FromWestern(bytes);
     } else {
         std::u16string wide;
         for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
@@ -362,7 +372,7 @@ std::variant<RegDocument, RegParseProblem> ParseRegFile(std::string_view bytes)
     }
     if (!IsUtf8(text)) {
         if (!ansi) return RegParseProblem{LineOfFirstMalformed(text), "text that is neither UTF-8 nor UTF-16"};
-        text = Utf8FromUtf16(WidenAnsi(text));
+        text = Utf8FromWestern(text);
     }
     // The header is ASCII, so it ends where it did.
     Parser parser(std::string_view(text).substr(std::min(end + 1, text.size())), ansi, document);

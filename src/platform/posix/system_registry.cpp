@@ -107,7 +107,7 @@ UniqueFd TakeTurn(const std::string& path)
 {
     const std::string lockPath = path + ".lock";
     UniqueFd fd(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kNewFileMode));
-    if (!fd) fd = UniqueFd(open(lockPath.c_str(), O_RDONLY | O_CLOEXEC));  // another user's
+    if (!fd) fd = UniqueFd(open(lockPath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));  // another user's
     if (!fd) {
         lastProblem = lockPath + ": cannot be created: " + ErrorText(errno);
         return fd;

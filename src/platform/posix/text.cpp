@@ -13,7 +13,7 @@ namespace {
 constexpr uint32_t kFallbackCodePage = 1252;
 constexpr const char* kCodePageKey = "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
 
-std::atomic<uint32_t> ansiCodePage{kFallbackCodePage};
+std::atomic<uint32_t> ansiCodePage{0};  // 0: not read yet
 
 const CodePage& AnsiPage()
 {
@@ -46,6 +46,9 @@ bool IsSurrogate(char32_t character)
 
 uint32_t AnsiCodePage()
 {
+    const uint32_t number = ansiCodePage.load(std::memory_order_relaxed);
+    if (number != 0) return number;
+    LoadAnsiCodePage(SystemRegistry());
     return ansiCodePage.load(std::memory_order_relaxed);
 }
 
