@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/text.h"
@@ -113,6 +114,28 @@ TEST(CharsetEncoder, PlatformPagesAnswerTheSameTheSecondTime)
             ASSERT_EQ(CodePageEncoder(54936).Encode(unit).View(), bytes);
         }
     }
+}
+
+// Devices on several threads share the memory of the platform's answers.
+TEST(CharsetEncoder, ThreadsDoNotMixUpAnswers)
+{
+    const auto encodeAll = [](uint32_t codePage) {
+        std::string all;
+        for (uint32_t character = 0x80; character < 0x2200; ++character) {
+            all += CodePageEncoder(codePage).Encode(static_cast<char16_t>(character)).View();
+        }
+        return all;
+    };
+    const uint32_t codePages[] = {1251, 1253, 936, 54936};
+    std::string found[std::size(codePages)];
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < std::size(codePages); ++i) {
+            threads.emplace_back([&, i] { found[i] = encodeAll(codePages[i]); });
+        }
+    }
+    for (std::size_t i = 0; i < std::size(codePages); ++i)
+        EXPECT_TRUE(found[i] == encodeAll(codePages[i]));
 }
 
 TEST(CharsetEncoder, EncodesText)

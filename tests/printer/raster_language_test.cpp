@@ -175,7 +175,8 @@ TEST_F(RasterTest, Placement)
 TEST_F(RasterTest, EveryDotOfEveryRotationArrives)
 {
     std::mt19937 random(20);
-    for (const auto& [width, height] : {std::pair{1u, 1u}, {7u, 3u}, {8u, 8u}, {9u, 17u}, {33u, 16u}, {61u, 40u}}) {
+    for (const auto& [width, height] :
+         {std::pair{1u, 1u}, {7u, 3u}, {8u, 8u}, {9u, 17u}, {33u, 16u}, {61u, 40u}, {100u, 75u}}) {
         for (const int32_t rotation : kRotations) {
             BitmapDataStruct bitmap = Bitmap(width, height, 0, rotation);
             for (std::size_t i = 0; i < std::size_t{width} * height; ++i) {
