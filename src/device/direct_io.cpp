@@ -23,12 +23,13 @@ constexpr const char* kOpenDrawer =
 
 }  // namespace
 
-int32_t PrinterDevice::SendDirectIO(const std::string& bytes)
+int32_t PrinterDevice::SendDirectIO(std::string_view bytes, bool secondLink)
 {
     auto buffer = std::make_unique<printer::DirectIODataStruct>();
     buffer->count = static_cast<uint32_t>(bytes.size());
     std::copy(bytes.begin(), bytes.end(), buffer->data);
-    return Spooler.DirectIO(std::move(buffer), &OutputID);
+    return secondLink ? Spooler.DirectIO2nd(std::move(buffer), &OutputID)
+                      : Spooler.DirectIO(std::move(buffer), &OutputID);
 }
 
 int32_t PrinterDevice::DirectIO(int32_t Command, int32_t* pData, std::u16string* pString)

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include "comm/printer_port.h"
@@ -68,6 +69,10 @@ public:
     int32_t ValidateData(int32_t Station, const std::string& Data) override;
     int32_t ClearOutput() override;
     int32_t External_CashDrawer_OpenDrawer(int32_t OnTime, int32_t OffTime) override;
+    int32_t External_LineDisplay_ClearText() override;
+    int32_t External_LineDisplay_DisplayText(const std::string& Data, int32_t Attribute) override;
+    int32_t External_LineDisplay_DisplayTextAt(int32_t Row, int32_t Column, const std::string& Data,
+                                               int32_t Attribute) override;
 
     int32_t CheckHealth(int32_t Level) override;
     int32_t DirectIO(int32_t Command, int32_t* pData, std::u16string* pString) override;
@@ -143,7 +148,14 @@ private:
     // Output
     int32_t RecordSpoolerResult(int32_t packed);
     bool FileExist(const std::string& FileName);
-    int32_t SendDirectIO(const std::string& bytes);
+    int32_t SendDirectIO(std::string_view bytes, bool secondLink = false);  // at most 128 bytes
+
+    // Line display
+    bool SendDisplayCommand(const char* operation, int32_t attribute, const std::string& command,
+                            const std::string& text);
+    std::string DisplayBytesOf(const std::string& text) const;
+    int32_t DisplayPropertyNumber(int32_t PropIndex);
+    void SetDisplayPropertyNumber(int32_t PropIndex, int32_t Number);
 
     // Direct I/O
     int32_t SendRawBytes(const int32_t* pData, const std::u16string* pString);
@@ -197,6 +209,7 @@ private:
     std::atomic<int32_t> RecNearEnd{0};
     std::atomic<int32_t> ErrorLevel{1};
     std::atomic<int32_t> RotateMode{1};
+    std::atomic<int32_t> DisplayCharacterSet{0};  // of the line display: a code page, or 999 for the system's
     std::atomic<bool> COFreezeEvents_{false};
     LockedText CheckHealthText;
     LockedText ErrorString;

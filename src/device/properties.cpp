@@ -1,5 +1,6 @@
 // Reading and writing properties by their OPOS index.
 
+#include "device/line_display_properties.h"
 #include "device/map_mode.h"
 #include "device/printer_device.h"
 #include "device/property_table.h"
@@ -24,6 +25,7 @@ void PrinterDevice::InitPropertyOnOpen()
     COFreezeEvents_ = false;
     RotateMode = opos::PTR_RP_NORMAL;
     converter_.ResetScales();
+    if (model_.display != nullptr) DisplayCharacterSet = model_.display->defaultCodePage;
     paperJam_ = false;
     CheckHealthText.Set({});
     ErrorString.Set({});
@@ -64,6 +66,7 @@ int32_t PrinterDevice::GetPropertyNumber(int32_t PropIndex)
     if (PropIndex == opos::PIDX_ServiceObjectVersion) {
         ServiceObjectVersion = support::ServiceObjectVersionOf(platform::ModuleFileVersion());
     }
+    if (IsDisplayProperty(PropIndex)) return DisplayPropertyNumber(PropIndex);
     if (const NumericProperty* property = PropertyTable::Find(PropIndex)) {
         return property->member != nullptr ? (this->*property->member).load() : property->atOpen;
     }
@@ -137,7 +140,9 @@ void PrinterDevice::SetPropertyNumber(int32_t PropIndex, int32_t Number)
         if (!notClaimed) SetErrorCode(opos::OPOS_E_ILLEGAL, 0);
         return;
     }
-    if (const NumericProperty* property = PropertyTable::Find(PropIndex)) {
+    if (IsDisplayProperty(PropIndex)) {
+        SetDisplayPropertyNumber(PropIndex, Number);
+    } else if (const NumericProperty* property = PropertyTable::Find(PropIndex)) {
         switch (property->write) {
             case WriteRule::kIgnored:
                 break;

@@ -31,7 +31,8 @@ TEST_F(OutputTest, AThousandQueuedJobsPrintInOrderWithOneCompletionEach)
 TEST_F(OutputTest, TextKeepsItsStyleAlignmentAndForeignCharacters)
 {
     Ready();
-    for (const uint8_t set : {0, 19, 14, 17}) device->CharSets.push_back(*support::FindCharacterSet(set));
+    for (const int set : {0, 19, 14, 17})
+        device->CharSets.push_back(*support::FindCharacterSet(static_cast<uint8_t>(set)));
     EXPECT_EQ(device->GetPropertyString(PIDXPtr_CharacterSetList), "437,858,737,866,999");
     const std::string text =
         "\x1B|cA\x1B|4CSHOP\x1B|N\nÀ payer 3,50 €\nΣύνολο / Итого\n\x1B|bCTOTAL\x1B|N 🙂\x1B|50P";
@@ -130,10 +131,10 @@ TEST_F(OutputTest, ASecondThreadIsToldBusyAndNeverBlocked)
 {
     Ready();
     server.SetCover(true);  // the printer stops taking data
-    std::thread printing([this] {
-        EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, std::string(1 << 20, 'x')), OPOS_E_EXTENDED);
-    });
-    while (device->State.load() != OPOS_S_BUSY) std::this_thread::yield();
+    std::thread printing(
+        [this] { EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, std::string(1 << 20, 'x')), OPOS_E_EXTENDED); });
+    while (device->State.load() != OPOS_S_BUSY)
+        std::this_thread::yield();
     EXPECT_EQ(device->PrintImmediate(PTR_S_RECEIPT, "x"), OPOS_E_BUSY);
     EXPECT_TRUE(RunUntil([this] { return device->State.load() == OPOS_S_IDLE; }));
     printing.join();
