@@ -116,7 +116,9 @@ TEST_F(ErrorRecoveryTest, AnOpenCoverStopsALongTextAndItIsPrintedWholeAfterwards
     Ready();
     Async(true);
     server.SetCover(true);
-    const std::string large(3 << 20, '*');
+    std::string large;
+    for (int i = 0; i < 20000; ++i)
+        large += "line " + std::to_string(i) + '\n';
     control.onEvent = [this](const ControlEvent& event, int32_t* response) {
         if (event.name != "SOError") return;
         server.SetCover(false);
@@ -124,7 +126,14 @@ TEST_F(ErrorRecoveryTest, AnOpenCoverStopsALongTextAndItIsPrintedWholeAfterwards
     };
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, large), 0);
     ASSERT_TRUE(Completed(1));
-    EXPECT_EQ(control.Named("SOError"), std::vector<ControlEvent>{Error(OPOS_E_EXTENDED, OPOS_EPTR_COVER_OPEN)});
+    EXPECT_FALSE(control.Named("SOError").empty());
+    // The attempt that the cover stopped has left the beginning of the text on the paper; the repeated one is whole.
+    ASSERT_TRUE(server.WaitFor([](const auto& printer) { return printer.Lines().back() == "line 19999"; }));
+    const std::vector<std::string> lines = server.Lines();
+    ASSERT_GE(lines.size(), 20000U);
+    for (std::size_t i = 0; i < 20000; ++i) {
+        ASSERT_EQ(lines[lines.size() - 20000 + i], "line " + std::to_string(i));
+    }
 }
 
 TEST_F(ErrorRecoveryTest, AnImmediatePrintInsideTheErrorHandlerIsToldBusy)
@@ -142,7 +151,8 @@ TEST_F(ErrorRecoveryTest, AnImmediatePrintInsideTheErrorHandlerIsToldBusy)
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "queued"), 0);
     ASSERT_TRUE(Completed(1));
     EXPECT_EQ(nested, OPOS_E_BUSY) << "the printer is held until this very handler returns";
-    EXPECT_TRUE(server.WaitFor([](const auto& printer) { return printer.Lines() == std::vector<std::string>{"queued"}; }));
+    EXPECT_TRUE(
+        server.WaitFor([](const auto& printer) { return printer.Lines() == std::vector<std::string>{"queued"}; }));
 }
 
 TEST_F(ErrorRecoveryTest, AnImmediatePrintThatWaitsForThePrinterDeliversTheErrorEventItself)
@@ -157,12 +167,14 @@ TEST_F(ErrorRecoveryTest, AnImmediatePrintThatWaitsForThePrinterDeliversTheError
         *response = OPOS_ER_RETRY;
     };
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "queued"), 0);
-    while (device->State.load() != OPOS_S_ERROR) std::this_thread::yield();
+    while (device->State.load() != OPOS_S_ERROR)
+        std::this_thread::yield();
     device->SetPropertyNumber(PIDX_FreezeEvents, 0);
     EXPECT_EQ(device->PrintImmediate(PTR_S_RECEIPT, "now"), 0);
     ASSERT_TRUE(Completed(1));
-    EXPECT_TRUE(server.WaitFor(
-        [](const auto& printer) { return printer.Lines() == std::vector<std::string>{"queued", "now"}; }));
+    EXPECT_TRUE(server.WaitFor([](const auto& printer) {
+        return printer.Lines() == std::vector<std::string>{"queued", "now"};
+    }));
 }
 
 TEST_F(ErrorRecoveryTest, ClosingDuringAnErrorReturnsAtOnce)
