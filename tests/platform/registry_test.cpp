@@ -112,7 +112,7 @@ TEST(SystemRegistry, KeepsPermissionsLinksAndOtherHives)
 TEST(SystemRegistry, WritersOfTwoProcessesLoseNothing)
 {
     const TempRegistry file("[HKEY_LOCAL_MACHINE\\A]\n");
-    constexpr int kEach = 60;
+    constexpr int kEach = 25;
     const auto writeAll = [](const char* prefix) {
         for (int i = 0; i < kEach; ++i) {
             if (!SystemRegistry().SetValue("A", Text(prefix + std::to_string(i), "x"))) return false;

@@ -18,8 +18,8 @@ std::string NativePath(std::string_view path)
 {
     std::string native;
     if (HasDrive(path)) {
-        const std::string drive = FolderOf(RegistryFilePath()) + "/drive_" +
-                                  static_cast<char>(std::tolower(static_cast<unsigned char>(path[0])));
+        std::string drive = FolderOf(RegistryFilePath()) + "/drive_" +
+                            static_cast<char>(std::tolower(static_cast<unsigned char>(path[0])));
         MakeFolders(drive);
         path.remove_prefix(2);
         if (path.empty()) return drive;

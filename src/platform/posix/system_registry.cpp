@@ -123,7 +123,7 @@ UniqueFd TakeTurn(const std::string& path)
             lastProblem = lockPath + ": held by another program for more than 10 seconds";
             return {};
         }
-        clock.Sleep(2);
+        clock.Sleep(1);
     }
     return fd;
 }
