@@ -46,24 +46,16 @@ const char* Name(PaperState paper)
 }  // namespace
 
 Operator::Operator(std::string_view model, const LinkOptions& link, PrinterOptions options, PaperFiles files)
-    : files_(std::move(files))
+    : files_(std::move(files)), silence_(output_)
 {
-    // Nothing is told before the first line has been.
-    const std::lock_guard lock(output_);
     server_ = std::make_unique<PrinterServer>(
         model, link, options,
         [this](const VirtualPrinter& printer, const Happening& happening) { Happened(printer, happening); });
-    Announce(model);
 }
 
 void Operator::Print(const std::string& json)
 {
     const std::lock_guard lock(output_);
-    PrintLine(json);
-}
-
-void Operator::PrintLine(const std::string& json)
-{
     std::fprintf(stdout, "%s\n", json.c_str());
     std::fflush(stdout);
 }
@@ -80,7 +72,8 @@ void Operator::Announce(std::string_view model)
     if (!server_->DisplayPath().empty()) {
         json["display_serial"] = server_->DisplayPath();
     }
-    PrintLine(json.dump());
+    silence_.unlock();
+    Print(json.dump());
 }
 
 void Operator::Happened(const VirtualPrinter& printer, const Happening& happening)

@@ -23,6 +23,8 @@ public:
     Operator(std::string_view model, const LinkOptions& link, PrinterOptions options, PaperFiles files);
 
     PrinterServer& Server() { return *server_; }
+    // Writes the first line, which says where the printer is; nothing is told before it.
+    void Announce(std::string_view model);
     // Does one command. False: it was the last one.
     bool Command(const std::string& line);
     bool SaveLast();  // the picture, if one is wanted; false when it cannot be written
@@ -30,8 +32,6 @@ public:
 private:
     void Happened(const VirtualPrinter& printer, const Happening& happening);
     void Print(const std::string& json);
-    void PrintLine(const std::string& json);  // with output_ held
-    void Announce(std::string_view model);    // the first line: where the printer is
     void Status();
     std::string Do(const std::string& name, const std::string& argument);
     std::string SaveTo(const std::string& file);
@@ -41,6 +41,8 @@ private:
     std::mutex output_;
     std::chrono::steady_clock::time_point nextPicture_{};
     std::unique_ptr<PrinterServer> server_;
+    // Holds output_ until the first line. After the server, whose end may wait for a line that is being held back.
+    std::unique_lock<std::mutex> silence_;
 };
 
 }  // namespace marbex::virtual_printer

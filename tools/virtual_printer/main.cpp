@@ -110,6 +110,7 @@ int Run(const Arguments& a)
         std::fprintf(stderr, "the port file cannot be written\n");
         return 1;
     }
+    desk.Announce(a.model);
     while (const auto line = input.NextLine()) {
         if (!desk.Command(*line)) {
             break;
