@@ -50,6 +50,7 @@ bool PrinterDevice::VerifyPropertyAccess(int32_t PIDX)
             allowed = VerifyMayUseAfter(7);
             break;
         case PropertyAccess::kRefused:
+            if (model_.display != nullptr && IsDisplayProperty(PIDX)) allowed = VerifyMayUseAfter(1);
             break;
     }
     LogWrite("[%s] VerifyPropertyAccess End", tag_);
