@@ -5,7 +5,10 @@
 #include <atomic>
 #include <new>
 
+#include "companions/cash_drawer_driver.h"
+#include "companions/line_display_driver.h"
 #include "device/process_state.h"
+#include "server/companion_methods.h"
 #include "server/posprinter_front.h"
 #include "server/posprinter_methods.h"
 
@@ -16,6 +19,16 @@ constexpr CreatableClass kClasses[] = {
     {"Service.MarbexOposPrnDriver",
      {0xB637B615, 0xC43B, 0x40B8, {0xB9, 0xD8, 0xB6, 0xE2, 0x9E, 0x80, 0xAA, 0x6D}},
      []() -> AutomationObject* { return new ServiceObject<MarbexOposPrnDriver>(PosPrinterTable()); }},
+    {"Service.MarbexOposCashDrawerDriver",
+     {0xD957B9D0, 0x46FE, 0x4C18, {0x91, 0x36, 0x28, 0x35, 0x70, 0x78, 0xA9, 0x5D}},
+     []() -> AutomationObject* {
+         return new ServiceObject<companions::MarbexOposCashDrawerDriver>(CashDrawerTable());
+     }},
+    {"Service.MarbexOposLineDisplayDriver",
+     {0x3B9304F2, 0x526B, 0x4F11, {0x9A, 0x2F, 0xD8, 0x5E, 0xE3, 0x6B, 0xD2, 0x09}},
+     []() -> AutomationObject* {
+         return new ServiceObject<companions::MarbexOposLineDisplayDriver>(LineDisplayTable());
+     }},
 };
 
 // Lives as long as the server; its references only keep the server loaded.

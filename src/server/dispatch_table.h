@@ -114,13 +114,13 @@ HRESULT RunCall(DispatchCall& call, const Operation& operation)
     }
 }
 
-// A row for a member function of the service itself.
-template <auto Operation>
+// A row for a member function of the service itself. A function of a base class needs the class of the service said.
+template <auto Operation, typename Service = typename Signature<decltype(Operation)>::Service>
 constexpr DispatchMethod Method(std::string_view name)
 {
     using Called = Signature<decltype(Operation)>;
     return {name, Called::kCount, [](void* service, DispatchCall& call) {
-                auto& object = *static_cast<typename Called::Service*>(service);
+                auto& object = *static_cast<Service*>(service);
                 return RunCall<Called>(call, [&object](auto&&... arguments) {
                     return (object.*Operation)(std::forward<decltype(arguments)>(arguments)...);
                 });

@@ -13,6 +13,8 @@
 namespace marbex::tests {
 
 inline constexpr CLSID kPrinterClass{0xB637B615, 0xC43B, 0x40B8, {0xB9, 0xD8, 0xB6, 0xE2, 0x9E, 0x80, 0xAA, 0x6D}};
+inline constexpr CLSID kDrawerClass{0xD957B9D0, 0x46FE, 0x4C18, {0x91, 0x36, 0x28, 0x35, 0x70, 0x78, 0xA9, 0x5D}};
+inline constexpr CLSID kDisplayClass{0x3B9304F2, 0x526B, 0x4F11, {0x9A, 0x2F, 0xD8, 0x5E, 0xE3, 0x6B, 0xD2, 0x09}};
 
 // One argument; owns the text it makes.
 struct Arg {
@@ -84,11 +86,11 @@ public:
     Client& operator=(const Client&) = delete;
     ~Client() { Drop(); }
 
-    static IDispatch* Made()
+    static IDispatch* Made(const CLSID& classId = kPrinterClass)
     {
         void* factory = nullptr;
         void* object = nullptr;
-        EXPECT_EQ(DllGetClassObject(kPrinterClass, IID_IClassFactory, &factory), S_OK);
+        EXPECT_EQ(DllGetClassObject(classId, IID_IClassFactory, &factory), S_OK);
         auto* const made = static_cast<IClassFactory*>(factory);
         EXPECT_EQ(made->CreateInstance(nullptr, IID_IDispatch, &object), S_OK);
         made->Release();

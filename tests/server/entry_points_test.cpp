@@ -84,22 +84,31 @@ std::string TextAt(const std::string& key, const char* name = "")
 TEST(Registration, WritesAndRemovesTheEntriesOfEveryClass)
 {
     const TempRegistry file("[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till]\n@=\"x\"\n");
-    const std::string classId = "{B637B615-C43B-40B8-B9D8-B6E29E80AA6D}";
-    const std::string progId = "Service.MarbexOposPrnDriver";
+    const struct {
+        std::string classId;
+        std::string progId;
+    } classes[] = {
+        {"{B637B615-C43B-40B8-B9D8-B6E29E80AA6D}", "Service.MarbexOposPrnDriver"},
+        {"{D957B9D0-46FE-4C18-9136-28357078A95D}", "Service.MarbexOposCashDrawerDriver"},
+        {"{3B9304F2-526B-4F11-9A2F-D85EE36BD209}", "Service.MarbexOposLineDisplayDriver"},
+    };
     EXPECT_EQ(DllRegisterServer(), S_OK);
     EXPECT_EQ(DllRegisterServer(), S_OK) << "again";
-    EXPECT_EQ(TextAt("CLSID\\" + classId), progId);
-    EXPECT_EQ(TextAt("CLSID\\" + classId + "\\InprocServer32"), platform::ModulePath());
     EXPECT_TRUE(std::filesystem::path(platform::ModulePath()).is_absolute());
-    EXPECT_EQ(TextAt("CLSID\\" + classId + "\\InprocServer32", "ThreadingModel"), "Apartment");
-    EXPECT_EQ(TextAt("CLSID\\" + classId + "\\ProgID"), progId);
-    EXPECT_EQ(TextAt(progId + "\\CLSID"), classId);
+    for (const auto& [classId, progId] : classes) {
+        EXPECT_EQ(TextAt("CLSID\\" + classId), progId);
+        EXPECT_EQ(TextAt("CLSID\\" + classId + "\\InprocServer32"), platform::ModulePath());
+        EXPECT_EQ(TextAt("CLSID\\" + classId + "\\InprocServer32", "ThreadingModel"), "Apartment");
+        EXPECT_EQ(TextAt("CLSID\\" + classId + "\\ProgID"), progId);
+        EXPECT_EQ(TextAt(progId + "\\CLSID"), classId);
+    }
     const auto& registry = platform::SystemRegistry();
-    EXPECT_EQ(registry.Subkeys("SOFTWARE\\Classes\\CLSID")->size(), server::CreatableClasses().size());
+    EXPECT_EQ(registry.Subkeys("SOFTWARE\\Classes\\CLSID")->size(), std::size(classes));
 
     EXPECT_EQ(DllUnregisterServer(), S_OK);
     EXPECT_TRUE(registry.Subkeys("SOFTWARE\\Classes\\CLSID")->empty());
-    EXPECT_FALSE(registry.KeyExists("SOFTWARE\\Classes\\" + progId));
+    for (const auto& [classId, progId] : classes)
+        EXPECT_FALSE(registry.KeyExists("SOFTWARE\\Classes\\" + progId));
     EXPECT_TRUE(registry.KeyExists("SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till"));
     EXPECT_EQ(DllUnregisterServer(), S_OK) << "with nothing there";
 }

@@ -150,6 +150,16 @@ public:
     {
         return Note("Kick", OnTime, OffTime);
     }
+    int32_t External_LineDisplay_ClearText() override { return Note("ClearText"); }
+    int32_t External_LineDisplay_DisplayText(const Text& Data, int32_t Attribute) override
+    {
+        return Note("DisplayText", Data, Attribute);
+    }
+    int32_t External_LineDisplay_DisplayTextAt(int32_t Row, int32_t Column, const Text& Data,
+                                               int32_t Attribute) override
+    {
+        return Note("DisplayTextAt", Row, Column, Data, Attribute);
+    }
     bool OperationWaitsOnThisThread() const override { return waits; }
 
     // What text operations answer and DirectIO writes back.
