@@ -4,11 +4,15 @@
 
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <random>
 #include <vector>
 
+#include "comm/printer_port.h"
 #include "platform/picture_scaling.h"
 #include "printer/floyd_steinberg.h"
+#include "printer/printer_link.h"
+#include "printer/raster_language.h"
 
 namespace {
 
@@ -52,6 +56,44 @@ void Dither(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(pixels.size()));
 }
 BENCHMARK(Dither)->ArgName("kind")->Arg(kPhoto)->Arg(kLogo)->Arg(kGray)->Unit(benchmark::kMillisecond);
+
+// A port that takes everything at once.
+class OpenPort : public marbex::comm::CPrinterPort {
+public:
+    bool IsOpen() const override { return true; }
+    int32_t Write(const uint8_t* buffer, std::size_t length) override
+    {
+        benchmark::DoNotOptimize(buffer);
+        bytes += length;
+        return 0;
+    }
+
+    std::size_t bytes = 0;
+};
+
+// From colours to the bytes on the wire.
+void ColorsToWire(benchmark::State& state)
+{
+    constexpr uint32_t kWidth = 608;
+    constexpr uint32_t kHeight = 800;
+    const std::vector<uint32_t> pixels = MakePicture(kWidth, kHeight, static_cast<int>(state.range(0)));
+    OpenPort port;
+    const marbex::printer::PrinterLink link(&port);
+    for (auto _ : state) {
+        marbex::printer::BitmapDataStruct bitmap{
+            kWidth, kHeight, -1, static_cast<int32_t>(state.range(1)),
+            std::make_unique_for_overwrite<uint8_t[]>(std::size_t{kWidth} * kHeight)};
+        marbex::printer::DitherToRaster(pixels, {bitmap.pixels.get(), pixels.size()}, kWidth, kHeight);
+        if (marbex::printer::PrintRaster(bitmap, kWidth, link) != 0) state.SkipWithError("not printed");
+    }
+    state.counters["wire_bytes"] = static_cast<double>(port.bytes) / static_cast<double>(state.iterations());
+}
+BENCHMARK(ColorsToWire)
+    ->ArgNames({"kind", "rotation"})
+    ->Args({kPhoto, 1})
+    ->Args({kLogo, 1})
+    ->Args({kPhoto, 257})
+    ->Unit(benchmark::kMillisecond);
 
 // From a camera's size, and from a small logo.
 void Stretch(benchmark::State& state)
