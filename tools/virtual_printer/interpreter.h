@@ -45,7 +45,7 @@ private:
     void Put(char32_t character, int columns);
     void EndOfCharacters();
     void NewLine(bool wrapped);
-    void FinishUnfinished();
+    void EndImage();
     void Text(const Command& command);
     void Setting(const Command& command);
     void Mechanics(const Command& command);
