@@ -62,6 +62,7 @@ public:
     }
 
 private:
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
     bool Usable() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
     iconv_t handle_;
 };

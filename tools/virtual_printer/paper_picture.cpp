@@ -133,7 +133,7 @@ void DrawPage(Picture& picture, const Paper::Page& page, int width)
 
 bool Paper::Save(const std::string& file) const
 {
-    std::size_t rows = 2 * kEnd;
+    std::size_t rows = kEnd + kEnd;
     for (const Page& page : pages_) {
         rows += page.rows + (page.cut ? kCutGap : 0);
     }
@@ -154,7 +154,7 @@ bool Paper::SavePage(std::size_t page, const std::string& file) const
     if (page >= pages_.size()) {
         return false;
     }
-    return WritePicture(file, width_, pages_[page].rows + 2 * kEnd, [this, page](Picture& picture) {
+    return WritePicture(file, width_, pages_[page].rows + kEnd + kEnd, [this, page](Picture& picture) {
         picture.Blank(kEnd);
         DrawPage(picture, pages_[page], width_);
         picture.Blank(kEnd);

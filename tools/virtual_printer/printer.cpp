@@ -128,11 +128,10 @@ private:
     // A whole command has come in.
     void Take(const Command& command)
     {
-        if (!condition_.Stopped()) {
-            interpreter_.Execute(command);
-        } else if (command.op == Op::kCancel) {
+        const bool canBeDone = waiting_.empty() && !interpreter_.NeedsPaper(command);
+        if (condition_.Stopped() && command.op == Op::kCancel) {
             Record(Cancelled{false, Discard()});
-        } else if (waiting_.empty() && !interpreter_.NeedsPaper(command)) {
+        } else if (!condition_.Stopped() || canBeDone) {
             interpreter_.Execute(command);
         } else {
             waitingBytes_ += command.bytes.size();
