@@ -21,7 +21,8 @@ constexpr const char* kNotEthernet = "Ethernet function failed: a different com 
 std::unique_ptr<CNuComEth> MakeEthernet(const CComLayerLog& log, const PortSystem& system)
 {
     auto socket = system.newTcpSocket();
-    return socket == nullptr ? nullptr : std::make_unique<CNuComEth>(log, std::move(socket), *system.clock);
+    if (socket == nullptr) return nullptr;
+    return std::make_unique<CNuComEth>(log, std::move(socket), *system.clock);
 }
 
 }  // namespace

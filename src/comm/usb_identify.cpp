@@ -145,7 +145,8 @@ int32_t CNuComUsb::FindSymbolicLinkFromName(std::string& devicePath, const std::
         if (device.size() < kShortestDeviceName || !EqualIgnoringCase(device.substr(kVidAt, kIdLength), vid) ||
             !EqualIgnoringCase(device.substr(kPidAt, kIdLength), pid))
             continue;
-        if (!HasParentPrefix(log, kEnumerationKey + device + "\\" + instance + "\\", prefix)) continue;
+        const std::string instanceKey = std::string(kEnumerationKey).append(device).append("\\").append(instance);
+        if (!HasParentPrefix(log, instanceKey + "\\", prefix)) continue;
         devicePath = path;
         log.End();
         return 1;

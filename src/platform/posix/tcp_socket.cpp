@@ -40,8 +40,8 @@ public:
         if (descriptor_ >= 0) close(descriptor_);
         descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         if (descriptor_ < 0) return Fail(errno);
-        // A small send buffer: what a send has taken but the printer has not is lost with the link, and its job has been
-        // reported complete by then.
+        // A small send buffer: what a send has taken but the printer has not is lost with the link, and its job has
+        // been reported complete by then.
         const int sendBuffer = kSendBufferBytes;
         setsockopt(descriptor_, SOL_SOCKET, SO_SNDBUF, &sendBuffer, sizeof sendBuffer);
         // A status query is a few bytes after a few bytes; held back for an acknowledgement it would take 40 ms and

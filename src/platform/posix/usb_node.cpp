@@ -40,6 +40,9 @@ UniqueFd ConnectSocket(const std::string& path)
     }
     std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
     UniqueFd descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    // As little as possible between us and the printer: what it has not taken is lost with the link.
+    const int sendBuffer = 16 * 1024;
+    if (descriptor) setsockopt(descriptor.Get(), SOL_SOCKET, SO_SNDBUF, &sendBuffer, sizeof sendBuffer);
     // A full queue of callers answers at once (EAGAIN) on a socket that does not block.
     if (!descriptor || connect(descriptor.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         return UniqueFd();

@@ -230,10 +230,10 @@ private:
     std::vector<Interface> RegistryInterfaces() const
     {
         std::vector<Interface> interfaces;
-        const std::string classKey = std::string(kDeviceClassesKey) + "\\" + kUsbPrinterInterfaceClass;
+        const std::string classKey = std::string(kDeviceClassesKey).append("\\").append(kUsbPrinterInterfaceClass);
         for (const std::string& name : registry_.Subkeys(classKey).value_or(std::vector<std::string>{})) {
             if (!name.starts_with(kKeyPrefix)) continue;
-            const auto node = registry_.Value(classKey + "\\" + name, "DeviceNode");
+            const auto node = registry_.Value(std::string(classKey).append("\\").append(name), "DeviceNode");
             if (node && node->type == RegistryType::kSz && !node->data.empty())
                 interfaces.push_back(
                     {std::string(kPathPrefix) + name.substr(kKeyPrefix.size()), NativePath(node->data)});
