@@ -102,7 +102,7 @@ bool ReadInfoHeader(const Bytes& bytes, uint32_t size, Header& header)
         const bool withAlpha = header.compression == kAlphaBitFields;
         const uint64_t masksAt = kFileHeaderSize + kInfoHeaderSize;
         for (uint32_t i = 0; i < 3; ++i)
-            header.masks[i] = bytes.U32(masksAt + 4 * i);
+            header.masks[i] = bytes.U32(masksAt + uint64_t{4} * i);
         if (withAlpha || size >= kInfoHeaderWithAlpha) header.masks[3] = bytes.U32(masksAt + 12);
         // Behind the plain header the masks stand where a palette would.
         if (size < kInfoHeaderWithMasks) header.paletteOffset += withAlpha ? 16 : 12;
