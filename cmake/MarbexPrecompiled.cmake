@@ -19,6 +19,7 @@ target_precompile_headers(marbex_precompiled_library PRIVATE ${precompiled_heade
 
 # Programs are compiled for another place in memory than libraries, so theirs are others.
 if(MARBEX_BUILD_TESTS)
+  find_package(GTest REQUIRED)
   add_executable(marbex_precompiled_tests ${precompiled_folder}/program.cpp)
   target_link_libraries(marbex_precompiled_tests PRIVATE GTest::gtest marbex_options)
   target_precompile_headers(marbex_precompiled_tests PRIVATE ${precompiled_headers} <gtest/gtest.h>)

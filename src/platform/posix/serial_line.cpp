@@ -217,8 +217,10 @@ private:
     void Release()
     {
         if (!descriptor_) return;
-        // Closing would wait up to half a minute for output that the printer does not take.
-        tcflush(Fd(), TCOFLUSH);
+        // Closing would wait up to half a minute for output that the printer does not take. What has left already is not
+        // touched: a pseudo-terminal would take it back from its other side.
+        int queued = 0;
+        if (ioctl(Fd(), TIOCOUTQ, &queued) != 0 || queued > 0) tcflush(Fd(), TCOFLUSH);
         ioctl(Fd(), TIOCNXCL);
         descriptor_.Reset();
     }
