@@ -186,6 +186,16 @@ TEST_F(SerialPort, PurgeThrowsAwayWhatIsAskedFor)
     EXPECT_TRUE(line->Purge(false, false));
 }
 
+// The end of a receipt used to be thrown away when the port was cleaned or closed before the printer had read it.
+TEST_F(SerialPort, WhatWasWrittenStaysWrittenWhenThePortIsCleanedOrClosed)
+{
+    EXPECT_EQ(line->Write(Bytes("receipt")).count, 7U);
+    EXPECT_TRUE(line->Purge(true, true));
+    EXPECT_EQ(line->Write(Bytes("cut")).count, 3U);
+    EXPECT_TRUE(line->Close());
+    EXPECT_EQ(terminal.Read(10), "receiptcut");
+}
+
 TEST_F(SerialPort, SettingsAreKeptAlsoWhereATerminalCannotExpressThem)
 {
     LineSettings settings = *line->Settings();

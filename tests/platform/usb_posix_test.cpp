@@ -124,6 +124,7 @@ TEST_F(UsbPipes, TerminalCarriesEveryByteAndDropsWhatIsCancelled)
     Open(terminal.Path());
     const std::string bytes("\x03\x04\r\n\x11\x13\x1A\0", 8);
     EXPECT_EQ(writePipe->Write(Bytes(bytes), 1000).count, 8U);
+    EXPECT_TRUE(writePipe->Cancel());  // nothing is pending, and nothing is taken back
     EXPECT_EQ(terminal.Read(8), bytes);
     terminal.Send(bytes);
     std::string reply;

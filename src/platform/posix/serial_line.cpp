@@ -134,6 +134,7 @@ public:
 
     bool Purge(bool output, bool input) override
     {
+        output = output && HasQueuedOutput();
         if (!output && !input) return true;
         const int queues = output && input ? TCIOFLUSH : output ? TCOFLUSH : TCIFLUSH;
         return tcflush(Fd(), queues) == 0 || Fail(errno);
@@ -193,6 +194,14 @@ public:
 private:
     int Fd() const { return descriptor_.Get(); }
 
+    // A pseudo-terminal has no such queue: what was written is at the other end already, and flushing would take it
+    // away from there.
+    bool HasQueuedOutput() const
+    {
+        int queued = 0;
+        return ioctl(Fd(), TIOCOUTQ, &queued) != 0 || queued > 0;
+    }
+
     // The kernel takes bytes long before the line has carried them, and keeps them for ever when the printer holds the
     // line. Waits until they are out or the time is over; returns how many are not.
     std::size_t WaitUntilSent(const Deadline& total)
@@ -217,10 +226,8 @@ private:
     void Release()
     {
         if (!descriptor_) return;
-        // Closing would wait up to half a minute for output that the printer does not take. What has left already is not
-        // touched: a pseudo-terminal would take it back from its other side.
-        int queued = 0;
-        if (ioctl(Fd(), TIOCOUTQ, &queued) != 0 || queued > 0) tcflush(Fd(), TCOFLUSH);
+        // Closing would wait up to half a minute for output that the printer does not take.
+        if (HasQueuedOutput()) tcflush(Fd(), TCOFLUSH);
         ioctl(Fd(), TIOCNXCL);
         descriptor_.Reset();
     }

@@ -134,6 +134,13 @@ std::shared_ptr<UniqueFd> UsbNode::Descriptor()
 
 UsbTransfer UsbNode::Write(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error)
 {
+    const UsbTransfer written = WriteWithin(bytes, timeoutMilliseconds, error);
+    writePending_ = written.status == UsbStatus::kTimedOut;
+    return written;
+}
+
+UsbTransfer UsbNode::WriteWithin(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error)
+{
     const auto descriptor = Descriptor();
     if (!*descriptor) return Failed(ENODEV, error);
     const Deadline deadline(timeoutMilliseconds);
@@ -175,6 +182,7 @@ UsbTransfer UsbNode::Read(std::span<std::byte> buffer, uint32_t timeoutMilliseco
 
 bool UsbNode::CancelWrite(uint32_t& error)
 {
+    if (!writePending_.exchange(false)) return true;
     if (kind_ == Kind::kSocket) return true;  // what is in the socket has left us
     auto descriptor = Descriptor();
     if (!*descriptor) return true;

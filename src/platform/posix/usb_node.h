@@ -29,12 +29,14 @@ private:
 
     UsbNode(std::string path, Kind kind, UniqueFd descriptor);
     static UniqueFd OpenFile(const std::string& path, Kind& kind);
+    UsbTransfer WriteWithin(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error);
     UsbTransfer Failed(int code, uint32_t& error);
     std::shared_ptr<UniqueFd> Descriptor();
 
     const std::string path_;
     const Kind kind_;
     std::atomic<bool> gone_ = false;
+    std::atomic<bool> writePending_ = false;  // the last write ran out of time
     Lock lock_;
     std::shared_ptr<UniqueFd> descriptor_ MARBEX_GUARDED_BY(lock_);
 };
