@@ -97,16 +97,19 @@ int32_t PrinterDevice::FireError(const char* errorString, int32_t resultCode, in
 
 void PrinterDevice::OnStatusChange(const PrinterStatus& status, uint32_t fullStatus)
 {
+    // The properties change first: the application reads them when the event tells it to.
     if (status.CoverOpen() && CoverOpen.load() == 0) {
-        Events.FireStatusUpdateEvent(opos::PTR_SUE_COVER_OPEN);
         CoverOpen = 1;
+        Events.FireStatusUpdateEvent(opos::PTR_SUE_COVER_OPEN);
     } else if (!status.CoverOpen() && CoverOpen.load() != 0) {
-        Events.FireStatusUpdateEvent(opos::PTR_SUE_COVER_OK);
         CoverOpen = 0;
+        Events.FireStatusUpdateEvent(opos::PTR_SUE_COVER_OK);
     }
     const int32_t paperEnd = status.PaperEnd() ? 1 : 0;
     const int32_t nearEnd = status.PaperNearEnd() ? 1 : 0;
     if (paperEnd != RecEmpty.load() || nearEnd != RecNearEnd.load()) {
+        RecEmpty = paperEnd;
+        RecNearEnd = nearEnd;
         if (paperEnd != 0) {
             Events.FireStatusUpdateEvent(opos::PTR_SUE_REC_EMPTY);
         } else if (nearEnd != 0) {
@@ -114,8 +117,6 @@ void PrinterDevice::OnStatusChange(const PrinterStatus& status, uint32_t fullSta
         } else {
             Events.FireStatusUpdateEvent(opos::PTR_SUE_REC_PAPEROK);
         }
-        RecEmpty = paperEnd;
-        RecNearEnd = nearEnd;
     }
     if (model_.reportsPaperJam) ReportPaperJam(fullStatus, !status.NoResponse());
 }
