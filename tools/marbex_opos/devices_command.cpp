@@ -3,11 +3,19 @@
 
 #include "marbex_opos/commands.h"
 #include "marbex_opos/device_store.h"
+#include "platform/files.h"
 #include "support/printer_tables.h"
 
 namespace marbex::tools {
 
 namespace {
+
+// What the platform would write to the debugger's output about the registry, the person is told once, in one line.
+DeviceStore OpenStore()
+{
+    platform::CaptureDebugOutput([](std::string_view) {});
+    return DeviceStore();
+}
 
 std::string Joined(const std::vector<std::string>& names)
 {
@@ -82,7 +90,7 @@ int Report(const std::string& problem, const std::string& done)
 
 int ListDevices()
 {
-    DeviceStore store;
+    DeviceStore store = OpenStore();
     const std::string problem = store.RegistryProblem();
     if (!problem.empty()) return Complain(problem);
     for (const std::string& name : store.Names()) {
@@ -98,7 +106,7 @@ int ListDevices()
 
 int ShowDevice(const std::string& name)
 {
-    DeviceStore store;
+    DeviceStore store = OpenStore();
     const std::string problem = store.RegistryProblem();
     if (!problem.empty()) return Complain(problem);
     const std::optional<DeviceView> view = store.View(name);
@@ -124,7 +132,7 @@ int AddDevice(const DeviceOptions& options)
 {
     DeviceChanges changes;
     if (!Understand(options, changes)) return 1;
-    DeviceStore store;
+    DeviceStore store = OpenStore();
     std::string name = options.name;
     const std::string problem = store.Add(name, changes);
     return Report(problem, "added " + name);
@@ -134,13 +142,13 @@ int ChangeDevice(const DeviceOptions& options)
 {
     DeviceChanges changes;
     if (!Understand(options, changes)) return 1;
-    DeviceStore store;
+    DeviceStore store = OpenStore();
     return Report(store.Change(options.name, changes), "changed " + options.name);
 }
 
 int RemoveDevice(const std::string& name)
 {
-    DeviceStore store;
+    DeviceStore store = OpenStore();
     return Report(store.Remove(name), "removed " + name);
 }
 

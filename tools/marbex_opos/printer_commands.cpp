@@ -47,6 +47,7 @@ int CheckPrinterHealth(const PrinterOptions& options)
     const int32_t health = printer.Call("CheckHealth", {opos::OPOS_CH_INTERNAL});
     const std::string text = printer.Text(opos::PIDX_CheckHealthText);
     std::printf("health       %s%s%s\n", ResultText(health).c_str(), text.empty() ? "" : ": ", text.c_str());
+    printer.AwaitStatus();
     std::printf("cover open   %s\n", YesNo(printer.Number(opos::PIDXPtr_CoverOpen)));
     std::printf("paper out    %s\n", YesNo(printer.Number(opos::PIDXPtr_RecEmpty)));
     std::printf("paper low    %s\n", YesNo(printer.Number(opos::PIDXPtr_RecNearEnd)));

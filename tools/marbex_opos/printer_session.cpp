@@ -5,6 +5,7 @@
 #include "marbex_opos/device_store.h"
 #include "marbex_opos/result_names.h"
 #include "opos/common.h"
+#include "opos/printer.h"
 #include "platform/text.h"
 
 namespace marbex::tools {
@@ -12,22 +13,18 @@ namespace marbex::tools {
 namespace {
 
 constexpr int32_t kClaimTimeout = 5000;  // ms
-
-void PrintEvent(const Event& event)
-{
-    std::printf("event: %s %s\n", std::string(EventName(event.kind)).c_str(), event.arguments.c_str());
-    std::fflush(stdout);
-}
+constexpr int32_t kFirstStatus = 1500;   // ms; an open device asks its printer at once
+const std::string kIdle = std::to_string(opos::PTR_SUE_IDLE);
 
 }  // namespace
 
 PrinterSession::PrinterSession(const std::string& serverPath, const std::string& device)
-    : session_(serverPath, PrintEvent)
+    : session_(serverPath, [this](const Event& event) { OnEvent(event); })
 {
     // The service answers an unknown name with a default profile; a person who mistypes a name wants to be told.
     DeviceStore store;
     problem_ = store.RegistryProblem();
-    if (problem_.empty() && !store.View(device)) problem_ = "no device " + device;
+    if (problem_.empty() && !store.View(device)) problem_ = "there is no such device";
     if (!problem_.empty()) return;
 
     printer_ = session_.Object(ObjectKind::kPrinter, problem_);
@@ -49,6 +46,18 @@ PrinterSession::~PrinterSession()
     if (printer_ == nullptr) return;
     session_.RunWaitingMessages();
     printer_->Call("CloseService", {});
+}
+
+void PrinterSession::OnEvent(const Event& event)
+{
+    std::printf("event: %s %s\n", std::string(EventName(event.kind)).c_str(), event.arguments.c_str());
+    std::fflush(stdout);
+    hasReported_ = hasReported_ || (event.kind == EventKind::kStatusUpdate && event.arguments != kIdle);
+}
+
+void PrinterSession::AwaitStatus()
+{
+    session_.RunMessagesUntil(kFirstStatus, [this] { return hasReported_; });
 }
 
 void PrinterSession::Step(std::string_view method, std::initializer_list<Value> arguments)

@@ -23,14 +23,17 @@ public:
 
     // Only when there is no problem.
     int32_t Call(std::string_view method, std::initializer_list<Value> arguments);
+    void AwaitStatus();  // until the printer has reported a cover or paper, or had the time to
     int32_t Number(int32_t property);
     std::string Text(int32_t property);
     std::string LastResult();  // the properties ResultCode and ResultCodeExtended in words
 
 private:
+    void OnEvent(const Event& event);
     void Step(std::string_view method, std::initializer_list<Value> arguments);
 
     std::string problem_;
+    bool hasReported_ = false;
     ObjectSession session_;
     ServiceObject* printer_ = nullptr;
 };

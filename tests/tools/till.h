@@ -1,0 +1,121 @@
+#pragma once
+
+// A till of one test's own: a registry file, a console that plays the application, and the real server library.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "marbex_opos/console.h"
+#include "marbex_opos/device_store.h"
+#include "temp_registry.h"
+#include "virtual_printer/server.h"
+
+namespace marbex::tools {
+
+using Lines = std::vector<std::string>;
+
+class Till {
+public:
+    // Profile: lines of the device key ("\"Port\"=dword:..."); the logs go to the folder of the registry file.
+    explicit Till(const std::string& profile)
+    {
+        registry_.Write(
+            "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage]\n\"ACP\"=\"65001\"\n"
+            "[HKEY_LOCAL_MACHINE\\HARDWARE\\DEVICEMAP\\SERIALCOMM]\n\"/dev/no-such-line\"=\"COM1\"\n"
+            "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till1]\n"
+            "@=\"Service.MarbexOposPrnDriver\"\n\"LogEnabled\"=dword:00000001\n" +
+            profile);
+    }
+
+    static std::string EthernetProfile(uint16_t port, const std::string& model = "TALIS ETHERNET")
+    {
+        char number[16];
+        std::snprintf(number, sizeof number, "%08x", static_cast<unsigned>(port));
+        return "\"PrinterModel\"=\"" + model +
+               "\"\n\"PortType\"=dword:00000001\n\"IPAddress\"=\"127.0.0.1\"\n\"Port\"=dword:" + number + "\n";
+    }
+
+    // What the statements printed.
+    Lines Run(const Lines& statements)
+    {
+        lines_.clear();
+        for (const std::string& statement : statements)
+            console_.Execute(statement);
+        return lines_;
+    }
+    // The answer of one statement, without the events that came with it.
+    std::string Answer(const std::string& statement)
+    {
+        Run({statement});
+        std::erase_if(lines_, [](const std::string& line) { return line.starts_with("! "); });
+        return lines_.empty() ? "nothing" : lines_.back();
+    }
+    // The events of the last Run or Answer, "ErrorEvent 114 201 1 12".
+    Lines EventsOf(const Lines& statements)
+    {
+        Lines events;
+        for (const std::string& line : Run(statements)) {
+            if (line.starts_with("! ")) events.push_back(line.substr(2));
+        }
+        return events;
+    }
+
+    void OpenClaimEnable()
+    {
+        ASSERT_EQ(Answer("POSPrinter.OpenService(\"POSPrinter\", \"Till1\")"), "= 0");
+        ASSERT_EQ(Answer("POSPrinter.ClaimDevice(1000)"), "= 0");
+        ASSERT_EQ(Answer("POSPrinter.DeviceEnabled = true"), "=");
+        ASSERT_EQ(Answer("expect StatusUpdateEvent 10000"), "= 0");
+    }
+
+    const tests::TempRegistry& Registry() const { return registry_; }
+
+private:
+    tests::TempRegistry registry_;
+    Lines lines_;
+    Console console_{MARBEX_SERVER_FILE, false, [this](std::string_view line) { lines_.emplace_back(line); }};
+};
+
+// A till and its printer on the loopback, with short time-outs.
+struct PrinterAndTill {
+    explicit PrinterAndTill(const std::string& model = "TALIS ETHERNET")
+        : printer(model),
+          till(Till::EthernetProfile(printer.Port(), model) +
+               "\"TimeoutRX\"=dword:0000012c\n\"TimeoutTX\"=dword:0000012c\n")
+    {
+    }
+
+    void Lose()
+    {
+        printer.SetMute(true);
+        printer.Refuse(true);
+        printer.Drop();
+    }
+    void Find()
+    {
+        printer.SetMute(false);
+        printer.Refuse(false);
+    }
+
+    // Bytes that the till has sent are not on paper yet: waits until so many of a kind have happened, gives all.
+    template <class T>
+    std::vector<T> Happened(std::size_t count)
+    {
+        printer.WaitFor([count](const virtual_printer::VirtualPrinter& one) { return one.All<T>().size() >= count; });
+        return printer.All<T>();
+    }
+    Lines Printed(std::size_t count)
+    {
+        Happened<virtual_printer::TextLine>(count);
+        return printer.Lines();
+    }
+
+    virtual_printer::TcpPrinterServer printer;
+    Till till;
+};
+
+}  // namespace marbex::tools
