@@ -21,7 +21,7 @@ public:
 // Null when the file cannot be created or opened.
 std::unique_ptr<AppendFile> OpenForAppend(const std::string& path);
 
-bool FileExists(const std::string& path);     // can be opened for reading
+bool FileExists(const std::string& path);       // can be opened for reading
 bool CreateEmptyFile(const std::string& path);  // replaces an existing one by an empty one
 
 // Opens (creating it when missing) with no other writer or reader allowed, appends, closes; false when it cannot be had
@@ -31,8 +31,8 @@ bool AppendExclusively(const std::string& path, std::string_view bytes);
 // The whole file; none when it cannot be read or is larger than limit.
 std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit);
 
-// One line to the debugger's output: OutputDebugString on Windows; on POSIX one write to standard error. The text carries
-// its own line end.
+// One line to the debugger's output: OutputDebugString on Windows; on POSIX one write to standard error. The text
+// carries its own line end.
 void WriteDebugOutput(std::string_view text);
 
 // For tests: gives every later line to sink instead; an empty one restores.

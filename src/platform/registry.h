@@ -32,7 +32,8 @@ enum class RegistryType : uint32_t {
 struct RegistryValue {
     std::string name;  // empty: the key's default value
     RegistryType type = RegistryType::kNone;
-    // Numbers little-endian; text as UTF-8 without its terminating zero, REG_MULTI_SZ with its zeros; the rest as stored.
+    // Numbers little-endian; text as UTF-8 without its terminating zero, REG_MULTI_SZ with its zeros; the rest as
+    // stored.
     std::string data;
 };
 

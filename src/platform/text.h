@@ -19,8 +19,8 @@ uint32_t AnsiCodePage();
 // code page that the C library does not know gives 1252. Windows: nothing.
 void LoadAnsiCodePage(const Registry& registry);
 
-// Bytes in the ANSI code page to UTF-16. Bytes that a single-byte page leaves undefined become the C1 control of the same
-// value; malformed multi-byte sequences become U+FFFD.
+// Bytes in the ANSI code page to UTF-16. Bytes that a single-byte page leaves undefined become the C1 control of the
+// same value; malformed multi-byte sequences become U+FFFD.
 std::u16string WidenAnsi(std::string_view text);
 
 // The same, appended to wide. Made for the short runs between ASCII text, one accented letter at a time: for the

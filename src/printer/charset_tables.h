@@ -3,8 +3,8 @@
 // The upper halves of the eleven code pages that the printers hold in their own memory.
 //
 // Source: the mapping files of the Unicode Consortium, MAPPINGS/VENDORS/MICSFT/PC/CPnnn.TXT; 858 is 850 with U+20AC in
-// place of U+0131 (IBM CDRA, code page 858). The three places that 857 leaves undefined carry the private-use characters
-// U+F8BB, U+F8BC and U+F8BD.
+// place of U+0131 (IBM CDRA, code page 858). The three places that 857 leaves undefined carry the private-use
+// characters U+F8BB, U+F8BC and U+F8BD.
 
 #include <array>
 #include <cstdint>

@@ -9,24 +9,24 @@
 namespace marbex::printer {
 
 struct BarcodeDataStruct {
-    uint8_t data[100];    // not terminated
-    uint32_t dataLength;  // used bytes of data
-    uint32_t widthDots;   // width of the drawn bar row
-    int32_t symbology;    // PTR_BCS_...
-    int32_t height;       // dots
-    int32_t moduleWidth;  // 1, 2 or 3 dots
-    int32_t alignment;    // -1 left, -2 centre, -3 right, else dots from the left edge
-    int32_t textPosition; // -11 none, -12 above, -13 below
-    uint8_t bars[500];    // eight dots a byte; zero past the used width
+    uint8_t data[100];     // not terminated
+    uint32_t dataLength;   // used bytes of data
+    uint32_t widthDots;    // width of the drawn bar row
+    int32_t symbology;     // PTR_BCS_...
+    int32_t height;        // dots
+    int32_t moduleWidth;   // 1, 2 or 3 dots
+    int32_t alignment;     // -1 left, -2 centre, -3 right, else dots from the left edge
+    int32_t textPosition;  // -11 none, -12 above, -13 below
+    uint8_t bars[500];     // eight dots a byte; zero past the used width
     uint8_t reserved[100];
 };
 static_assert(sizeof(BarcodeDataStruct) == 728);
 
 struct BitmapDataStruct {
-    uint32_t width;     // dots
-    uint32_t height;    // dots
-    int32_t alignment;  // as for barcodes
-    int32_t rotation;   // PTR_RP_...
+    uint32_t width;                     // dots
+    uint32_t height;                    // dots
+    int32_t alignment;                  // as for barcodes
+    int32_t rotation;                   // PTR_RP_...
     std::unique_ptr<uint8_t[]> pixels;  // width x height, row by row from the top left, gray
 };
 // The length by which a bitmap payload is passed and kept, whatever the size of a pointer.

@@ -34,8 +34,8 @@ public:
     virtual void Close();
     virtual bool IsOpen() const;
 
-    // Each NUL marker is sent as 0x00. kEncoderTextNotSent, half a second later and with the failure flag set, when a write
-    // fails, and, without a write, when the flag was set before.
+    // Each NUL marker is sent as 0x00. kEncoderTextNotSent, half a second later and with the failure flag set, when a
+    // write fails, and, without a write, when the flag was set before.
     virtual int32_t PrintText(std::string_view text);
     virtual int32_t PrintBarcode(const BarcodeDataStruct& barcode);
     virtual int32_t PrintBitmap(const BitmapDataStruct& bitmap);

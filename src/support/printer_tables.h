@@ -21,13 +21,13 @@ struct PrinterModelStruct {
 std::span<const PrinterModelStruct> PrinterModels();
 
 struct CharSetStruct {
-    uint8_t SetNumber;         // by which a profile names the set
-    uint8_t TableCode;         // the n of the selecting command
-    std::string_view CodePage;     // Windows code page, in decimal
+    uint8_t SetNumber;          // by which a profile names the set
+    uint8_t TableCode;          // the n of the selecting command
+    std::string_view CodePage;  // Windows code page, in decimal
     std::string_view DisplayName;
-    std::string_view SelectPrefix;  // the bytes before TableCode, as they stand on the wire (0x00 included)
+    std::string_view SelectPrefix;      // the bytes before TableCode, as they stand on the wire (0x00 included)
     std::string_view SelectPrefixText;  // the same with each 0x00 written as the NUL marker
-    uint32_t CodePageNumber;   // CodePage as a number
+    uint32_t CodePageNumber;            // CodePage as a number
 };
 
 std::span<const CharSetStruct> CharacterSets();

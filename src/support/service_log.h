@@ -14,15 +14,18 @@ extern std::atomic<uint32_t> logEnabled;
 }  // namespace internal
 
 // Switches the log. enabled 0 writes nothing; level 0 appends to SOLogFile<number>.txt in folder (created when missing,
-// never truncated, readable by others meanwhile), any other level goes to the debugger's output. A file open from before is
-// closed. A file that cannot be opened loses its lines silently. Any thread.
+// never truncated, readable by others meanwhile), any other level goes to the debugger's output. A file open from
+// before is closed. A file that cannot be opened loses its lines silently. Any thread.
 void LogOpen(const std::string& folder, uint32_t enabled, uint32_t level, int number);
 
 // Switches the log off and closes its file. Any thread.
 void LogClose();
 
 // Whether LogWrite writes anything; for callers that would have to prepare arguments.
-inline bool LogIsEnabled() { return internal::logEnabled.load(std::memory_order_relaxed) != 0; }
+inline bool LogIsEnabled()
+{
+    return internal::logEnabled.load(std::memory_order_relaxed) != 0;
+}
 
 // Writes one line: "[yyyy/mm/dd hh:mm:ss:mmmm]", the message as printf makes it, CR LF; time stamp and message together
 // are cut at 124 characters. One append a line; lines of several threads never mix. A null text prints as "(null)".

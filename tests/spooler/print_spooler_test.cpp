@@ -28,7 +28,6 @@ const auto kSoon = std::chrono::seconds(20);
 struct Report {
     int32_t code;
     int32_t argument2;
-    friend bool operator==(const Report&, const Report&) = default;
 };
 
 class PrintSpoolerTest : public testing::Test {

@@ -1,7 +1,8 @@
 #pragma once
 
-// The .reg format: "Windows Registry Editor Version 5.00" and its predecessor REGEDIT4 (in code page 1252). Read are UTF-8, with or without
-// byte order mark, and UTF-16 in both byte orders; all value kinds; continuation lines; comments; deletions of keys
+// The .reg format: "Windows Registry Editor Version 5.00" and its predecessor REGEDIT4 (in code page 1252). Read are
+// UTF-8, with or without byte order mark, and UTF-16 in both byte orders; all value kinds; continuation lines;
+// comments; deletions of keys
 // ("[-key]") and values ("name"=-), which act on what stands above them.
 
 #include <cstddef>
