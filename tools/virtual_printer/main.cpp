@@ -123,9 +123,7 @@ int Run(const Arguments& a)
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv)
+int Main(int argc, char** argv)
 {
     CLI::App app{"A receipt printer made of software"};
     Arguments arguments;
@@ -139,9 +137,16 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "--cut-files needs --paper\n");
         return 2;
     }
+    return Run(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        return Run(arguments);
-    } catch (const std::system_error& error) {
+        return Main(argc, argv);
+    } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;
     }
