@@ -55,7 +55,7 @@ TEST(BadInput, APrinterThatSaysNothing)
 {
     TcpPrinterServer printer("TALIS ETHERNET");
     printer.SetMute(true);
-    EXPECT_EQ(Opened(Till::EthernetProfile(printer.Port()) + "\"TimeoutRX\"=dword:0000012c\n"), "= 107");
+    EXPECT_EQ(Opened(Till::EthernetProfile(printer.Port()) + Till::Number("TimeoutRX", 300)), "= 107");
 }
 
 TEST(BadInput, APrinterThatAnswersRubbish)
@@ -66,7 +66,7 @@ TEST(BadInput, APrinterThatAnswersRubbish)
         while (!printer.Read(1).empty())
             printer.Send("\xFF\x01rubbish");
     });
-    EXPECT_EQ(Opened(Till::EthernetProfile(server.Port()) + "\"TimeoutRX\"=dword:0000012c\n"), "= 107");
+    EXPECT_EQ(Opened(Till::EthernetProfile(server.Port()) + Till::Number("TimeoutRX", 300)), "= 107");
     peer.join();
 }
 

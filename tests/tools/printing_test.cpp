@@ -142,7 +142,7 @@ TEST(Printing, AThousandJobsInOrder)
 TEST(Printing, AMegabyteOfTextArrivesWhole)
 {
     constexpr std::size_t kLines = 32768;
-    PrinterAndTill shop;
+    PrinterAndTill shop("TALIS ETHERNET", 30000);
     shop.till.OpenClaimEnable();
     std::string text;
     for (std::size_t line = 0; line < kLines; ++line)

@@ -31,12 +31,16 @@ public:
             profile);
     }
 
+    static std::string Number(const std::string& name, int value)
+    {
+        char digits[16];
+        std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(value));
+        return "\"" + name + "\"=dword:" + digits + "\n";
+    }
     static std::string EthernetProfile(uint16_t port, const std::string& model = "TALIS ETHERNET")
     {
-        char number[16];
-        std::snprintf(number, sizeof number, "%08x", static_cast<unsigned>(port));
-        return "\"PrinterModel\"=\"" + model +
-               "\"\n\"PortType\"=dword:00000001\n\"IPAddress\"=\"127.0.0.1\"\n\"Port\"=dword:" + number + "\n";
+        return "\"PrinterModel\"=\"" + model + "\"\n\"IPAddress\"=\"127.0.0.1\"\n" + Number("PortType", 1) +
+               Number("Port", port);
     }
 
     // What the statements printed.
@@ -80,12 +84,13 @@ private:
     Console console_{MARBEX_SERVER_FILE, false, [this](std::string_view line) { lines_.emplace_back(line); }};
 };
 
-// A till and its printer on the loopback, with short time-outs.
+// A till and its printer on the loopback. Timeout is in milliseconds, for both ways: long enough for a slow machine,
+// short enough to wait for.
 struct PrinterAndTill {
-    explicit PrinterAndTill(const std::string& model = "TALIS ETHERNET")
+    explicit PrinterAndTill(const std::string& model = "TALIS ETHERNET", int timeout = 1000)
         : printer(model),
-          till(Till::EthernetProfile(printer.Port(), model) +
-               "\"TimeoutRX\"=dword:0000012c\n\"TimeoutTX\"=dword:0000012c\n")
+          till(Till::EthernetProfile(printer.Port(), model) + Till::Number("TimeoutRX", timeout) +
+               Till::Number("TimeoutTX", timeout))
     {
     }
 
