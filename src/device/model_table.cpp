@@ -7,8 +7,6 @@ namespace marbex::device {
 namespace {
 
 using printer::CutCommand;
-using printer::EncoderTraits;
-using printer::IdentityCheck;
 using printer::Recovery;
 using printer::StatusVariant;
 using spooler::JobNumbering;
