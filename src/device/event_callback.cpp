@@ -109,6 +109,7 @@ void PrinterDevice::DeliverError(ErrorEventRecord& record)
     ChangeState(opos::OPOS_S_IDLE);
     ErrorResponse = response;
     record.errorResponse = response;
+    Spooler.NoteAnswer();
     record.Resolve(response);
 }
 

@@ -116,6 +116,7 @@ int32_t CPrintSpooler::Attempt(CSpoolJob& job, bool* retry)
 bool CPrintSpooler::AskWhetherToRetry(CSpoolJob& job, const PrinterStatus& status, int32_t result)
 {
     LogWrite("[%s] --- DoJob Printer Error %d", traits.tag, result);
+    queuedAtAnswer_ = UINT64_MAX;
     int32_t answer =
         InvokeCallback(CB_PRINTERROR, reinterpret_cast<intptr_t>(&status), static_cast<intptr_t>(job.outputId));
     // Output that was cleared while the answer was awaited stays cleared.
@@ -127,7 +128,7 @@ bool CPrintSpooler::AskWhetherToRetry(CSpoolJob& job, const PrinterStatus& statu
     if (answer == opos::OPOS_ER_CLEAR) {
         LogWrite("[%s] --- DoJob CALLBACK says CLEAR", traits.tag);
         ClearInProgressList();
-        ClearAsyncList();
+        ClearAsyncList(queuedAtAnswer_.load());
         ClearTransaction();
     }
     return false;

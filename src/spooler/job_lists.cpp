@@ -42,6 +42,7 @@ void CPrintSpooler::Enqueue(std::shared_ptr<CSpoolJob> job)
 {
     {
         MutexHold hold(*hMutexQueue);
+        job->sequence = ++queuedJobs_;
         asyncList.push_back(std::move(job));
     }
     DataInQueue->Set();
@@ -80,13 +81,22 @@ void CPrintSpooler::ClearInProgressList()
     LogWrite("[%s] --- ClearInProgressList End", traits.tag);
 }
 
-void CPrintSpooler::ClearAsyncList()
+void CPrintSpooler::NoteAnswer()
+{
+    MutexHold hold(*hMutexQueue);
+    queuedAtAnswer_ = queuedJobs_;
+}
+
+void CPrintSpooler::ClearAsyncList(uint64_t lastSequence)
 {
     LogWrite("[%s] --- ClearAsyncList Begin", traits.tag);
     JobList removed;
     {
         MutexHold hold(*hMutexQueue);
-        removed.swap(asyncList);
+        while (!asyncList.empty() && asyncList.front()->sequence <= lastSequence) {
+            removed.push_back(std::move(asyncList.front()));
+            asyncList.pop_front();
+        }
     }
     removed.clear();
     LogWrite("[%s] --- ClearAsyncList End", traits.tag);

@@ -106,6 +106,10 @@ public:
     // Whether the CB_PRINTERROR under way comes from status polling, not from a job; for the callback only.
     bool ReportsPolling() const { return polling_.load() && RunsOnSpoolThread(); }
 
+    // The application has just answered an error event. What is queued from now on is not meant by a CLEAR, although
+    // the thread that asked may act on it a moment later.
+    void NoteAnswer();
+
     // The device is about to close: jobs are refused from now on, pauses end.
     void BeginClosing();
 
@@ -134,7 +138,7 @@ private:
     void EndExecuting(CSpoolJob& job);
 
     void ClearInProgressList();
-    void ClearAsyncList();
+    void ClearAsyncList(uint64_t lastSequence = UINT64_MAX);
     void ClearTransactionList();
     void CancelExecuting() MARBEX_REQUIRES(*hMutexQueue);
     void DropWhatIsLeft();
@@ -164,6 +168,9 @@ private:
     JobList transactionList MARBEX_GUARDED_BY(*hMutexQueue);
     JobList inProgressList MARBEX_GUARDED_BY(*hMutexQueue);
     std::vector<CSpoolJob*> executing_ MARBEX_GUARDED_BY(*hMutexQueue);
+
+    uint64_t queuedJobs_ MARBEX_GUARDED_BY(*hMutexQueue) = 0;
+    std::atomic<uint64_t> queuedAtAnswer_{UINT64_MAX};
 
     std::unique_ptr<platform::Thread> thread;
     std::atomic<std::thread::id> spoolThreadId_{};

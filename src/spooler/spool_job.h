@@ -37,6 +37,9 @@ public:
     const uint32_t length;    // of the payload, in bytes as the payload is told
     const uint32_t outputId;  // the output identifier counter when the job was made
 
+    // The how-manieth queued job it is; set when it is queued.
+    uint64_t sequence = 0;
+
     // Which opening of a transaction a transaction job prints; 0 when none was open.
     uint32_t transactionSerial = 0;
 

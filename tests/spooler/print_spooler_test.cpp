@@ -162,6 +162,24 @@ TEST_F(PrintSpoolerTest, RetryRepeatsTheJobUntilItPrintsAndClearDropsTheQueue)
     EXPECT_EQ(Count(CB_JOBCOMPLETE), 2U);
 }
 
+TEST_F(PrintSpoolerTest, OutputQueuedAfterTheAnswerIsNotMeantByIt)
+{
+    OnError([&] {
+        // The thread that queued the failing job may not have left AddJob yet.
+        while (spooler.PrintNormal("before", &id) == kBusy)
+            std::this_thread::yield();
+        spooler.NoteAnswer();
+        spooler.PrintNormal("after", &id);
+        printer.SetCondition(Condition::kWell);
+        return OPOS_ER_CLEAR;
+    });
+    printer.SetCondition(Condition::kCoverOpen);
+    spooler.PrintNormal("failed", &id);
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE));
+    ASSERT_TRUE(AwaitReport(CB_IDLE));
+    EXPECT_EQ(printer.Printed(), std::vector<std::string>{"after"});
+}
+
 TEST_F(PrintSpoolerTest, OutputClearedWhileItsErrorIsOutIsNotPrintedByALaterRetry)
 {
     std::promise<void> asked;

@@ -125,10 +125,11 @@ TEST(ServiceLog, ThreadsWriteWhileItIsSwitched)
             --running;
         });
     }
-    while (running > 0) {
+    do {
         LogClose();
         LogOpen("C:", 1, 0, 1);
-    }
+        LogWrite("[T0] %s", std::string(60, 'a').c_str());
+    } while (running > 0);
     for (std::thread& thread : threads)
         thread.join();
     LogWrite("[last]");
