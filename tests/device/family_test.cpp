@@ -105,8 +105,8 @@ TEST_P(FamilyTest, DrawerAndDisplay)
     EXPECT_EQ(kicked, 0);
     if (description.drawer == device::DrawerKick::kSuperIo) {
         EXPECT_STREQ(reinterpret_cast<const char* (*)()>(chip->Symbol("RecordedAccesses"))(),
-                     "r0:27=FF w0:27=F3 r0:2C=FF w0:2C=FF r6:F1=FF w6:F1=F7 r6:F0=FF w6:F0=FB r6:F3=FF w6:F3=FB "
-                     "r6:F1=F7 w6:F1=FF r6:F1=FF w6:F1=F7 ");
+                     "r0.27=FF w0.27=F3 r0.2C=FF w0.2C=FF r6.F1=FF w6.F1=F7 r6.F0=FF w6.F0=FB r6.F3=FF w6.F3=FB "
+                     "r6.F1=F7 w6.F1=FF r6.F1=FF w6.F1=F7 ");
         EXPECT_TRUE(log.Has(std::string("[") + description.tag + "] Finish open Cash Drawer..."));
     } else {
         EXPECT_TRUE(server->WaitFor([](const auto& printer) { return !printer.template All<DrawerPulse>().empty(); }));

@@ -13,7 +13,7 @@ std::string record;
 void Note(char kind, int device, int index, int value)
 {
     char line[32];
-    std::snprintf(line, sizeof line, "%c%d:%02X=%02X ", kind, device, index, value);
+    std::snprintf(line, sizeof line, "%c%d.%02X=%02X ", kind, device, index, value);
     record += line;
 }
 
