@@ -16,6 +16,12 @@ std::u16string_view BstrView(BSTR text);
 // A new BSTR that the caller owns (SysFreeString). Null when there is no memory.
 BSTR NewBstr(std::u16string_view text);
 
+// The zero-terminated text of another's name; empty for null.
+std::u16string_view NameView(const OLECHAR* name);
+
+// The number of a method or property by its name.
+HRESULT FindName(IDispatch& dispatch, std::u16string_view name, DISPID& id);
+
 // Owns a BSTR.
 class BstrHolder {
 public:

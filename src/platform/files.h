@@ -1,6 +1,10 @@
 #pragma once
 
 // Files, and the debugger's output. Paths go through NativePath (registry.h) here, callers do not. Any thread.
+//
+// Windows: a path is UTF-8, as it comes from the registry; one that is not well-formed UTF-8 is taken as text in the
+// ANSI code page, as it comes from the application. Pipes and devices are no files: writing into one could take for
+// ever.
 
 #include <cstdint>
 #include <memory>
@@ -10,7 +14,8 @@
 
 namespace marbex::platform {
 
-// A file open for appending: created when missing, never truncated, its contents kept. Other processes may read it.
+// A file open for appending: created when missing, never truncated, its contents kept. Other processes may read it;
+// on Windows nobody else can open it for writing meanwhile.
 class AppendFile {
 public:
     virtual ~AppendFile() = default;
@@ -28,7 +33,7 @@ bool CreateEmptyFile(const std::string& path);  // replaces an existing one by a
 // now. POSIX: a non-blocking advisory lock on the whole file.
 bool AppendExclusively(const std::string& path, std::string_view bytes);
 
-// The whole file; none when it cannot be read or is larger than limit.
+// The whole file; none when it cannot be read or is larger than limit. errno is set when the system says why.
 std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit);
 
 // One line to the debugger's output: OutputDebugString on Windows; on POSIX one write to standard error. The text

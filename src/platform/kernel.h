@@ -50,7 +50,7 @@ enum class WaitStatus {
 
 struct WaitResult {
     WaitStatus status = WaitStatus::kFailed;
-    std::size_t index = 0;  // which object, for kSignalled of a wait for any; the first abandoned mutex for kAbandoned
+    std::size_t index = 0;  // which object, of a wait for any
 
     bool Obtained() const { return status == WaitStatus::kSignalled || status == WaitStatus::kAbandoned; }
 };

@@ -9,7 +9,8 @@ namespace marbex::platform {
 class DynamicLibrary {
 public:
     // By file name, looked up the system's own way and then beside this module; null when there is none. On POSIX a
-    // name that ends in ".dll" stands for the same name ending in ".so".
+    // name that ends in ".dll" stands for the same name ending in ".so". On Windows neither the current folder nor
+    // those of PATH are searched: whoever can write there could run code in the application.
     static std::unique_ptr<DynamicLibrary> Load(const std::string& name);
 
     virtual ~DynamicLibrary() = default;

@@ -27,9 +27,10 @@ public:
 
 enum class PictureError { kNone, kNotAPicture, kNoMemory };
 
-// BMP, JPEG, GIF (its first frame) and PNG on POSIX. Transparent places are white. Null for a file that is none of
-// them, that is damaged or cut off, that has no pixels, or more than kMaxPicturePixels (which is kNotAPicture too).
-// Hostile files cost no more time and memory than the largest honest ones.
+// BMP, JPEG, GIF (its first frame) and PNG; on Windows also the icons and metafiles that it reads itself, metafiles in
+// their size at 96 dpi. Transparent places are white. Null for a file that is none of them, that is damaged or cut off,
+// that has no pixels, or more than kMaxPicturePixels (which is kNotAPicture too). Hostile files cost no more time and
+// memory than the largest honest ones.
 std::unique_ptr<Picture> DecodePicture(std::string_view file, PictureError& error);
 
 inline constexpr uint64_t kMaxPicturePixels = 64U << 20;

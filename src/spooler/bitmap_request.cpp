@@ -105,7 +105,7 @@ std::unique_ptr<uint8_t[]> MakeDots(const printer::CPicture& picture, const Size
 {
     if (size.height > kMaxDots || size.width * size.height > kMaxDots) return nullptr;
     try {
-        auto dots = std::make_unique_for_overwrite<uint8_t[]>(size.width * size.height);
+        auto dots = std::make_unique_for_overwrite<uint8_t[]>(static_cast<std::size_t>(size.width * size.height));
         DrawDots(picture, size, dots.get());
         return dots;
     } catch (const std::bad_alloc&) {

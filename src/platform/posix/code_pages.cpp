@@ -2,8 +2,9 @@
 #include <array>
 #include <atomic>
 
+#include "platform/code_page.h"
 #include "platform/lock.h"
-#include "platform/posix/code_page.h"
+#include "platform/posix/iconv_converter.h"
 #include "platform/posix/iconv_handle.h"
 
 namespace marbex::platform {
@@ -14,9 +15,6 @@ struct KnownPage {
     uint32_t number;
     const char* iconvName;
 };
-
-constexpr uint32_t kUtf8Number = 65001;
-constexpr uint32_t kWesternNumber = 1252;
 
 // In the order of their numbers.
 constexpr auto kKnownPages = std::to_array<KnownPage>({
@@ -37,23 +35,6 @@ constexpr auto kKnownPages = std::to_array<KnownPage>({
     {65001, nullptr},
 });
 
-// 1252 has a table of its own, so that there is a page to fall back to on a system with no conversion installed.
-// From the Unicode Consortium's VENDORS/MICSFT/WINDOWS/CP1252.TXT, bytes 0x80 to 0x9F; the others stand for themselves.
-constexpr char16_t kWestern[32] = {0x20AC, kUndefinedUnit, 0x201A,         0x0192, 0x201E, 0x2026, 0x2020,
-                                   0x2021, 0x02C6,         0x2030,         0x0160, 0x2039, 0x0152, kUndefinedUnit,
-                                   0x017D, kUndefinedUnit, kUndefinedUnit, 0x2018, 0x2019, 0x201C, 0x201D,
-                                   0x2022, 0x2013,         0x2014,         0x02DC, 0x2122, 0x0161, 0x203A,
-                                   0x0153, kUndefinedUnit, 0x017E,         0x0178};
-
-std::unique_ptr<CodePage> MakeWesternPage()
-{
-    char16_t widen[256];
-    for (unsigned byte = 0; byte < 256; ++byte)
-        widen[byte] = static_cast<char16_t>(byte);
-    std::copy(std::begin(kWestern), std::end(kWestern), widen + 0x80);
-    return MakeSingleBytePage(widen);
-}
-
 std::unique_ptr<CodePage> MakeIconvPage(const char* name)
 {
     IconvHandle toUtf16("UTF-16LE", name);
@@ -68,7 +49,7 @@ std::unique_ptr<CodePage> MakeIconvPage(const char* name)
         hasLeadBytes = hasLeadBytes || error == EINVAL;
         single[value] = error == 0 && used == sizeof(char16_t) ? room[0] : kUndefinedUnit;
     }
-    return hasLeadBytes ? MakeMultiBytePage(name, single) : MakeSingleBytePage(single);
+    return hasLeadBytes ? MakeMultiBytePage(MakeIconvConverter(name), single) : MakeSingleBytePage(single);
 }
 
 std::unique_ptr<CodePage> MakePage(const KnownPage& page)

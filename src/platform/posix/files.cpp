@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 
+#include "platform/debugger.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/posix/whole_write.h"
 #include "platform/registry.h"
@@ -48,8 +48,6 @@ bool StillNamed(int fd, const std::string& path)
     return fstat(fd, &open) == 0 && stat(NativePath(path).c_str(), &named) == 0 && open.st_dev == named.st_dev &&
            open.st_ino == named.st_ino;
 }
-
-std::atomic<DebugOutputSink> debugOutputSink{nullptr};
 
 }  // namespace
 
@@ -103,18 +101,9 @@ std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit
     return contents;
 }
 
-void WriteDebugOutput(std::string_view text)
+void WriteToDebugger(std::string_view text)
 {
-    if (const DebugOutputSink sink = debugOutputSink.load(std::memory_order_acquire)) {
-        sink(text);
-        return;
-    }
     WriteAll(STDERR_FILENO, text);
-}
-
-void CaptureDebugOutput(DebugOutputSink sink)
-{
-    debugOutputSink.store(sink, std::memory_order_release);
 }
 
 }  // namespace marbex::platform

@@ -31,7 +31,7 @@
 #include <vector>
 
 #include "platform/kernel.h"
-#include "platform/lock.h"
+#include "platform/posix/condition.h"
 #include "platform/window.h"
 
 namespace marbex::platform {

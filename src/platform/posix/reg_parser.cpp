@@ -3,7 +3,7 @@
 #include <optional>
 #include <utility>
 
-#include "platform/posix/code_page.h"
+#include "platform/code_page.h"
 #include "platform/posix/reg_file.h"
 #include "platform/text.h"
 #include "platform/unicode.h"

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <string>
 
 #include "platform/posix/poll_wait.h"
 #include "platform/tcp.h"
@@ -150,14 +149,6 @@ private:
 };
 
 }  // namespace
-
-std::optional<uint32_t> ParseIpv4(std::string_view text)
-{
-    in_addr address{};
-    if (text.find('\0') != std::string_view::npos || inet_pton(AF_INET, std::string(text).c_str(), &address) != 1)
-        return std::nullopt;
-    return ntohl(address.s_addr);
-}
 
 std::unique_ptr<TcpSocket> NewTcpSocket()
 {

@@ -2,11 +2,18 @@
 #include <utility>
 #include <vector>
 
-#include "platform/posix/code_page.h"
+#include "platform/code_page.h"
 
 namespace marbex::platform {
 
 namespace {
+
+// From the Unicode Consortium's VENDORS/MICSFT/WINDOWS/CP1252.TXT, bytes 0x80 to 0x9F; the others stand for themselves.
+constexpr char16_t kWestern[32] = {0x20AC, kUndefinedUnit, 0x201A,         0x0192, 0x201E, 0x2026, 0x2020,
+                                   0x2021, 0x02C6,         0x2030,         0x0160, 0x2039, 0x0152, kUndefinedUnit,
+                                   0x017D, kUndefinedUnit, kUndefinedUnit, 0x2018, 0x2019, 0x201C, 0x201D,
+                                   0x2022, 0x2013,         0x2014,         0x02DC, 0x2122, 0x0161, 0x203A,
+                                   0x0153, kUndefinedUnit, 0x017E,         0x0178};
 
 class SingleBytePage : public CodePage {
 public:
@@ -56,6 +63,15 @@ private:
 std::unique_ptr<CodePage> MakeSingleBytePage(const char16_t (&widen)[256])
 {
     return std::make_unique<SingleBytePage>(widen);
+}
+
+std::unique_ptr<CodePage> MakeWesternPage()
+{
+    char16_t widen[256];
+    for (unsigned byte = 0; byte < 256; ++byte)
+        widen[byte] = static_cast<char16_t>(byte);
+    std::copy(std::begin(kWestern), std::end(kWestern), widen + 0x80);
+    return MakeSingleBytePage(widen);
 }
 
 }  // namespace marbex::platform

@@ -5,7 +5,7 @@
 #include <bit>
 #include <vector>
 
-#include "platform/posix/picture_decoders.h"
+#include "platform/picture_decoders.h"
 
 namespace marbex::platform {
 
@@ -26,7 +26,10 @@ public:
     explicit Bytes(std::string_view file) : file_(file) {}
 
     bool Has(uint64_t offset, uint64_t count) const { return offset <= file_.size() && count <= file_.size() - offset; }
-    uint32_t At(uint64_t offset) const { return offset < file_.size() ? static_cast<uint8_t>(file_[offset]) : 0; }
+    uint32_t At(uint64_t offset) const
+    {
+        return offset < file_.size() ? static_cast<uint8_t>(file_[static_cast<std::size_t>(offset)]) : 0;
+    }
     uint32_t U16(uint64_t offset) const { return At(offset) | At(offset + 1) << 8; }
     uint32_t U32(uint64_t offset) const { return U16(offset) | U16(offset + 2) << 16; }
     int32_t I32(uint64_t offset) const { return static_cast<int32_t>(U32(offset)); }

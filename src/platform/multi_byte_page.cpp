@@ -1,23 +1,22 @@
 #include <algorithm>
 #include <mutex>
+#include <utility>
 #include <vector>
 
+#include "platform/code_page.h"
 #include "platform/lock.h"
-#include "platform/posix/code_page.h"
-#include "platform/posix/iconv_handle.h"
 #include "platform/unicode.h"
 
 namespace marbex::platform {
 
 namespace {
 
-constexpr std::size_t kLongestCharacter = 4;  // GB18030
 constexpr char32_t kPlaneSize = 0x10000;
 
 class MultiBytePage : public CodePage {
 public:
-    MultiBytePage(const char* iconvName, const char16_t (&single)[256])
-        : toUtf16_("UTF-16LE", iconvName), fromUtf32_(iconvName, "UTF-32LE")
+    MultiBytePage(std::unique_ptr<CharacterConverter> converter, const char16_t (&single)[256])
+        : converter_(std::move(converter))
     {
         std::copy(std::begin(single), std::end(single), single_);
     }
@@ -58,14 +57,9 @@ private:
     {
         const LockHold hold(lock_);
         for (std::size_t length = 2; length <= text.size(); ++length) {
-            char16_t room[4];
-            std::size_t used = 0;
-            const int error = toUtf16_.Convert(text.data(), length, room, sizeof room, used);
-            if (error == 0 && used != 0) {
-                wide.append(room, used / sizeof(char16_t));
-                return length;
-            }
-            if (error != EINVAL) break;
+            const CharacterConverter::Decoded decoded = converter_->Decode(text.substr(0, length), wide);
+            if (decoded == CharacterConverter::Decoded::kCharacter) return length;
+            if (decoded == CharacterConverter::Decoded::kMalformed) break;
         }
         wide += static_cast<char16_t>(kReplacementCharacter);
         return 1;
@@ -74,13 +68,11 @@ private:
     // The bytes of a character as one number, the first byte highest; 0 for what the page does not hold.
     uint32_t Encode(char32_t character) const MARBEX_REQUIRES(lock_)
     {
-        unsigned char room[8];
-        std::size_t used = 0;
-        if (fromUtf32_.Convert(&character, sizeof character, room, sizeof room, used) != 0) return 0;
-        if (used == 0 || used > kLongestCharacter) return 0;
+        char room[kLongestCharacter];
+        const std::size_t used = converter_->Encode(character, room);
         uint32_t packed = 0;
         for (std::size_t i = 0; i < used; ++i)
-            packed = packed << 8 | room[i];
+            packed = packed << 8 | static_cast<unsigned char>(room[i]);
         return packed;
     }
 
@@ -93,7 +85,8 @@ private:
         return true;
     }
 
-    // Asking iconv for one character costs ten times a look into a table; a plane of them is made in some milliseconds.
+    // Asking the system for one character costs ten times a look into a table; a plane of them is made in some
+    // milliseconds.
     void MakePlane() const
     {
         plane_.resize(kPlaneSize);
@@ -105,17 +98,17 @@ private:
 
     char16_t single_[256];
     mutable Lock lock_;
-    mutable IconvHandle toUtf16_ MARBEX_GUARDED_BY(lock_);
-    mutable IconvHandle fromUtf32_ MARBEX_GUARDED_BY(lock_);
+    const std::unique_ptr<CharacterConverter> converter_ MARBEX_PT_GUARDED_BY(lock_);
     mutable std::once_flag planeMade_;
     mutable std::vector<uint32_t> plane_;  // written under planeMade_ only
 };
 
 }  // namespace
 
-std::unique_ptr<CodePage> MakeMultiBytePage(const char* iconvName, const char16_t (&single)[256])
+std::unique_ptr<CodePage> MakeMultiBytePage(std::unique_ptr<CharacterConverter> converter,
+                                            const char16_t (&single)[256])
 {
-    return std::make_unique<MultiBytePage>(iconvName, single);
+    return std::make_unique<MultiBytePage>(std::move(converter), single);
 }
 
 }  // namespace marbex::platform

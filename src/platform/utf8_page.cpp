@@ -1,4 +1,4 @@
-#include "platform/posix/code_page.h"
+#include "platform/code_page.h"
 #include "platform/unicode.h"
 
 namespace marbex::platform {

@@ -3,8 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "platform/picture_decoders.h"
 #include "platform/picture_scaling.h"
-#include "platform/posix/picture_decoders.h"
 
 namespace marbex::platform {
 
@@ -32,15 +32,6 @@ private:
     const PixelBuffer buffer_;
 };
 
-std::optional<PixelBuffer> Decode(std::string_view file)
-{
-    if (file.starts_with("BM")) return DecodeBmp(file);
-    if (file.starts_with("\xFF\xD8\xFF")) return DecodeJpeg(file);
-    if (file.starts_with("GIF8")) return DecodeGif(file);
-    if (file.starts_with("\x89PNG\r\n\x1A\n")) return DecodePng(file);
-    return std::nullopt;
-}
-
 }  // namespace
 
 std::optional<PixelBuffer> AllocatePixels(uint64_t width, uint64_t height)
@@ -48,7 +39,7 @@ std::optional<PixelBuffer> AllocatePixels(uint64_t width, uint64_t height)
     if (width < 1 || height < 1 || width > kMaxPictureSide || height > kMaxPictureSide) return std::nullopt;
     if (width * height > kMaxPicturePixels) return std::nullopt;
     PixelBuffer buffer;
-    buffer.pixels = std::make_unique_for_overwrite<uint32_t[]>(width * height);
+    buffer.pixels = std::make_unique_for_overwrite<uint32_t[]>(static_cast<std::size_t>(width * height));
     buffer.width = static_cast<uint32_t>(width);
     buffer.height = static_cast<uint32_t>(height);
     return buffer;
@@ -57,7 +48,7 @@ std::optional<PixelBuffer> AllocatePixels(uint64_t width, uint64_t height)
 std::unique_ptr<Picture> DecodePicture(std::string_view file, PictureError& error)
 {
     try {
-        std::optional<PixelBuffer> buffer = Decode(file);
+        std::optional<PixelBuffer> buffer = file.starts_with("BM") ? DecodeBmp(file) : DecodeByTheSystem(file);
         error = buffer ? PictureError::kNone : PictureError::kNotAPicture;
         if (!buffer) return nullptr;
         return std::make_unique<DecodedPicture>(std::move(*buffer));

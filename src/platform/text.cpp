@@ -1,24 +1,16 @@
 #include "platform/text.h"
 
-#include <atomic>
-#include <charconv>
-
-#include "platform/posix/code_page.h"
+#include "platform/code_page.h"
 #include "platform/unicode.h"
 
 namespace marbex::platform {
 
 namespace {
 
-constexpr uint32_t kFallbackCodePage = 1252;
-constexpr const char* kCodePageKey = "SYSTEM\\CurrentControlSet\\Control\\Nls\\CodePage";
-
-std::atomic<uint32_t> ansiCodePage{0};  // 0: not read yet
-
 const CodePage& AnsiPage()
 {
     const CodePage* page = FindCodePage(AnsiCodePage());
-    return page != nullptr ? *page : *FindCodePage(kFallbackCodePage);
+    return page != nullptr ? *page : *FindCodePage(kWesternNumber);
 }
 
 // Gives each character of text, and lone surrogates as they are, to take until it returns false.
@@ -43,26 +35,6 @@ bool IsSurrogate(char32_t character)
 }
 
 }  // namespace
-
-uint32_t AnsiCodePage()
-{
-    const uint32_t number = ansiCodePage.load(std::memory_order_relaxed);
-    if (number != 0) return number;
-    LoadAnsiCodePage(SystemRegistry());
-    return ansiCodePage.load(std::memory_order_relaxed);
-}
-
-void LoadAnsiCodePage(const Registry& registry)
-{
-    uint32_t number = 0;
-    const auto value = registry.Value(kCodePageKey, "ACP");
-    if (value && value->type == RegistryType::kSz) {
-        const char* end = value->data.data() + value->data.size();
-        const auto read = std::from_chars(value->data.data(), end, number);
-        if (read.ec != std::errc() || read.ptr != end) number = 0;
-    }
-    ansiCodePage.store(FindCodePage(number) != nullptr ? number : kFallbackCodePage, std::memory_order_relaxed);
-}
 
 std::u16string WidenAnsi(std::string_view text)
 {

@@ -1,0 +1,282 @@
+#include "platform/windows/serial_line.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/deadline.h"
+#include "platform/windows/device_errors.h"
+#include "platform/windows/unique_handle.h"
+
+namespace marbex::platform {
+
+namespace {
+
+constexpr uint32_t kLongestTimeout = 0x7FFFFFFF;  // ms; MAXDWORD has meanings of its own
+constexpr uint8_t kUsualXon = 0x11;
+constexpr uint8_t kUsualXoff = 0x13;
+
+// What drivers of ports without modem lines answer.
+bool HasNoModemLines(DWORD error)
+{
+    return error == ERROR_INVALID_FUNCTION || error == ERROR_NOT_SUPPORTED;
+}
+
+// Most drivers end a transfer whose time is up as a success; some, those of USB adapters above all, as a failure.
+bool IsTimeout(DWORD error)
+{
+    return error == ERROR_SEM_TIMEOUT || error == ERROR_COUNTER_TIMEOUT || error == ERROR_TIMEOUT;
+}
+
+LineParity ParityFrom(BYTE parity)
+{
+    if (parity == ODDPARITY) return LineParity::kOdd;
+    return parity == EVENPARITY ? LineParity::kEven : LineParity::kNone;
+}
+
+// The values of both lines are the same: off, on, handshake; RTS knows one more, a kind of handshake.
+LineControl ControlFrom(DWORD control)
+{
+    if (control == DTR_CONTROL_DISABLE) return LineControl::kDisabled;
+    return control == DTR_CONTROL_ENABLE ? LineControl::kEnabled : LineControl::kHandshake;
+}
+
+LineSettings FromDcb(const DCB& dcb)
+{
+    LineSettings settings;
+    settings.baudRate = dcb.BaudRate;
+    settings.byteSize = dcb.ByteSize;
+    settings.parity = ParityFrom(dcb.Parity);
+    settings.stopBits = dcb.StopBits == TWOSTOPBITS ? StopBits::kTwo : StopBits::kOne;
+    settings.binary = dcb.fBinary != 0;
+    settings.parityCheck = dcb.fParity != 0;
+    settings.ctsOutputFlow = dcb.fOutxCtsFlow != 0;
+    settings.dsrOutputFlow = dcb.fOutxDsrFlow != 0;
+    settings.dtr = ControlFrom(dcb.fDtrControl);
+    settings.rts = ControlFrom(dcb.fRtsControl);
+    settings.dsrSensitivity = dcb.fDsrSensitivity != 0;
+    settings.continueAfterXoff = dcb.fTXContinueOnXoff != 0;
+    settings.xonXoffOutput = dcb.fOutX != 0;
+    settings.xonXoffInput = dcb.fInX != 0;
+    settings.replaceErrors = dcb.fErrorChar != 0;
+    settings.stripNul = dcb.fNull != 0;
+    settings.abortOnError = dcb.fAbortOnError != 0;
+    settings.xonLimit = dcb.XonLim;
+    settings.xoffLimit = dcb.XoffLim;
+    settings.xonCharacter = static_cast<uint8_t>(dcb.XonChar);
+    settings.xoffCharacter = static_cast<uint8_t>(dcb.XoffChar);
+    settings.endOfFileCharacter = static_cast<uint8_t>(dcb.EofChar);
+    settings.eventCharacter = static_cast<uint8_t>(dcb.EvtChar);
+    return settings;
+}
+
+void ToDcb(const LineSettings& settings, DCB& dcb)
+{
+    dcb.BaudRate = settings.baudRate;
+    dcb.ByteSize = settings.byteSize;
+    dcb.Parity = static_cast<BYTE>(settings.parity);
+    dcb.StopBits = static_cast<BYTE>(settings.stopBits);
+    dcb.fBinary = settings.binary;
+    dcb.fParity = settings.parityCheck;
+    dcb.fOutxCtsFlow = settings.ctsOutputFlow;
+    dcb.fOutxDsrFlow = settings.dsrOutputFlow;
+    dcb.fDtrControl = static_cast<DWORD>(settings.dtr) & 3;
+    dcb.fRtsControl = static_cast<DWORD>(settings.rts) & 3;
+    dcb.fDsrSensitivity = settings.dsrSensitivity;
+    dcb.fTXContinueOnXoff = settings.continueAfterXoff;
+    dcb.fOutX = settings.xonXoffOutput;
+    dcb.fInX = settings.xonXoffInput;
+    dcb.fErrorChar = settings.replaceErrors;
+    dcb.fNull = settings.stripNul;
+    dcb.fAbortOnError = settings.abortOnError;
+    dcb.XonLim = settings.xonLimit;
+    dcb.XoffLim = settings.xoffLimit;
+    dcb.XonChar = static_cast<char>(settings.xonCharacter);
+    dcb.XoffChar = static_cast<char>(settings.xoffCharacter);
+    dcb.EofChar = static_cast<char>(settings.endOfFileCharacter);
+    dcb.EvtChar = static_cast<char>(settings.eventCharacter);
+    // SetCommState refuses two equal characters, even on a line that uses neither.
+    if (dcb.XonChar == dcb.XoffChar && !settings.xonXoffOutput && !settings.xonXoffInput) {
+        dcb.XonChar = static_cast<char>(kUsualXon);
+        dcb.XoffChar = static_cast<char>(kUsualXoff);
+    }
+}
+
+uint64_t TotalTimeout(uint32_t constant, uint32_t multiplier, std::size_t count)
+{
+    return std::min<uint64_t>(constant + static_cast<uint64_t>(multiplier) * count, kLongestTimeout);
+}
+
+COMMTIMEOUTS ToCommTimeouts(const SerialTimeouts& timeouts)
+{
+    COMMTIMEOUTS native{};
+    if (timeouts.readMultiplier == 0 && timeouts.readConstant == 0) {
+        // Two zeros would wait for ever; with this interval they take what is there.
+        native.ReadIntervalTimeout = MAXDWORD;
+    } else {
+        native.ReadIntervalTimeout = std::min(timeouts.readInterval, kLongestTimeout);
+        native.ReadTotalTimeoutMultiplier = std::min(timeouts.readMultiplier, kLongestTimeout);
+        native.ReadTotalTimeoutConstant = std::min(timeouts.readConstant, kLongestTimeout);
+    }
+    native.WriteTotalTimeoutMultiplier = std::min(timeouts.writeMultiplier, kLongestTimeout);
+    native.WriteTotalTimeoutConstant = std::min(timeouts.writeConstant, kLongestTimeout);
+    // For writes there is no such interval. A millisecond is the shortest limit there is.
+    if (timeouts.writeMultiplier == 0 && timeouts.writeConstant == 0) native.WriteTotalTimeoutConstant = 1;
+    return native;
+}
+
+class WindowsSerialLine final : public SerialLine {
+public:
+    explicit WindowsSerialLine(UniqueHandle handle) : handle_(std::move(handle)) {}
+    WindowsSerialLine(const WindowsSerialLine&) = delete;
+    WindowsSerialLine& operator=(const WindowsSerialLine&) = delete;
+    ~WindowsSerialLine() override { Release(); }
+
+    std::optional<LineSettings> Settings() override
+    {
+        DCB dcb{};
+        if (!ReadState(dcb)) return std::nullopt;
+        if (!applied_) applied_ = FromDcb(dcb);
+        return applied_;
+    }
+
+    bool Apply(const LineSettings& settings) override
+    {
+        DCB dcb{};
+        if (!ReadState(dcb)) return false;
+        ToDcb(settings, dcb);
+        if (SetCommState(handle_.Get(), &dcb) == FALSE) return Fail(GetLastError());
+        applied_ = settings;
+        return true;
+    }
+
+    bool Apply(const SerialTimeouts& timeouts) override
+    {
+        COMMTIMEOUTS native = ToCommTimeouts(timeouts);
+        if (SetCommTimeouts(handle_.Get(), &native) == FALSE) return Fail(GetLastError());
+        timeouts_ = timeouts;
+        return true;
+    }
+
+    bool SetDtr(bool on) override { return Escape(on ? SETDTR : CLRDTR); }
+    bool SetRts(bool on) override { return Escape(on ? SETRTS : CLRRTS); }
+
+    bool Purge(bool output, bool input) override
+    {
+        DWORD queues = 0;
+        if (output) queues |= PURGE_TXABORT | PURGE_TXCLEAR;
+        if (input) queues |= PURGE_RXABORT | PURGE_RXCLEAR;
+        return queues == 0 || PurgeComm(handle_.Get(), queues) != FALSE || Fail(GetLastError());
+    }
+
+    SerialTransfer Read(std::span<std::byte> buffer) override
+    {
+        DWORD count = 0;
+        if (ReadFile(handle_.Get(), buffer.data(), Clamped(buffer.size()), &count, nullptr) == FALSE &&
+            !IsTimeout(GetLastError()))
+            return FailedTransfer(GetLastError());
+        return {true, count};
+    }
+
+    SerialTransfer Write(std::span<const std::byte> bytes) override
+    {
+        const auto limit = TotalTimeout(timeouts_.writeConstant, timeouts_.writeMultiplier, bytes.size());
+        const Deadline deadline(static_cast<uint32_t>(limit));
+        DWORD count = 0;
+        if (WriteFile(handle_.Get(), bytes.data(), Clamped(bytes.size()), &count, nullptr) == FALSE &&
+            !IsTimeout(GetLastError()))
+            return FailedTransfer(GetLastError());
+        return {true, count - std::min<std::size_t>(count, WaitUntilSent(deadline))};
+    }
+
+    bool Close() override
+    {
+        if (!handle_) return Fail(ERROR_INVALID_HANDLE);
+        return Release() || Fail(GetLastError());
+    }
+
+    bool IsGone() const override { return gone_; }
+    uint32_t LastError() const override { return lastError_; }
+
+private:
+    static DWORD Clamped(std::size_t size) { return static_cast<DWORD>(std::min<std::size_t>(size, 0x7FFFFFFF)); }
+
+    bool ReadState(DCB& dcb)
+    {
+        dcb.DCBlength = sizeof dcb;
+        return GetCommState(handle_.Get(), &dcb) != FALSE || Fail(GetLastError());
+    }
+
+    bool Escape(DWORD function)
+    {
+        if (EscapeCommFunction(handle_.Get(), function) != FALSE || HasNoModemLines(GetLastError())) return true;
+        return Fail(GetLastError());
+    }
+
+    DWORD QueuedOutput() const
+    {
+        DWORD errors = 0;
+        COMSTAT status{};
+        return ClearCommError(handle_.Get(), &errors, &status) != FALSE ? status.cbOutQue : 0;
+    }
+
+    // A driver, an adapter's above all, takes bytes before the line has carried them. Waits until they are out or the
+    // time is over; returns how many are not.
+    std::size_t WaitUntilSent(const Deadline& deadline) const
+    {
+        for (;;) {
+            const DWORD queued = QueuedOutput();
+            const uint32_t left = deadline.Remaining();
+            if (queued == 0 || left == 0) return queued;
+            const uint32_t baudRate = applied_ ? std::max<uint32_t>(applied_->baudRate, 1) : 9600;
+            const auto estimate = static_cast<uint32_t>(uint64_t{queued} * 10 * 1000 / baudRate);
+            Sleep(std::min(left, std::clamp<uint32_t>(estimate, 1, 20)));
+        }
+    }
+
+    bool Release()
+    {
+        if (!handle_) return true;
+        // A driver may hold up the closing for output that the printer does not take.
+        if (QueuedOutput() > 0) PurgeComm(handle_.Get(), PURGE_TXABORT | PURGE_TXCLEAR);
+        return handle_.Close();
+    }
+
+    bool Fail(DWORD error)
+    {
+        lastError_ = error;
+        return false;
+    }
+
+    SerialTransfer FailedTransfer(DWORD error)
+    {
+        Fail(error);
+        gone_ = gone_ || IsDeviceGone(error);
+        return {false, 0};
+    }
+
+    UniqueHandle handle_;
+    std::optional<LineSettings> applied_;
+    SerialTimeouts timeouts_;
+    bool gone_ = false;
+    uint32_t lastError_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<SerialLine> OpenSerialLine(const std::string& path, uint32_t& error)
+{
+    UniqueHandle handle(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_WRITE_THROUGH | FILE_FLAG_NO_BUFFERING, nullptr));
+    if (!handle) {
+        error = GetLastError();
+        return nullptr;
+    }
+    auto line = std::make_unique<WindowsSerialLine>(std::move(handle));
+    // What was set by whoever had the port before may be to wait without limit.
+    line->Apply(SerialTimeouts{});
+    return line;
+}
+
+}  // namespace marbex::platform
