@@ -1,16 +1,14 @@
 // Closing the service, whenever and from wherever it is asked for.
 //
 // - The device first stops waiting for the application: it answers as closed, and every error answer, awaited or to
-// come, is
-//   CLEAR. From then on the spool thread ends after the healthy part of its queue and one failing transfer at most, and
-//   no operation waits for an answer any more.
+//   come, is CLEAR. From then on the spool thread ends after the healthy part of its queue and one failing transfer at
+//   most, and no operation waits for an answer any more.
 // - While the window thread waits for the spool thread it runs its messages, since the spool thread may be waiting for
-// the
-//   delivery of something that was posted before.
+//   the delivery of something that was posted before.
 // - An application may close the service from inside an event handler while an operation of the same device waits
-// further up
-//   the same stack. Freeing the spooler under it would be wrong and waiting for it would be waiting for ourselves; so
-//   the nested call does the first half, and the waiting operation, which ends now, does the rest when it unwinds.
+//   further up the same stack. Freeing the spooler under it would be wrong and waiting for it would be waiting for
+//   ourselves; so the nested call does the first half, and the waiting operation, which ends now, does the rest when it
+//   unwinds.
 // - A CloseService inside a CloseService does nothing.
 // - On another thread than the window's the same steps wait plainly.
 

@@ -4,11 +4,7 @@ namespace marbex::device {
 
 namespace {
 
-// In the order of EventDispIds. Writable arrays, since GetIDsOfNames takes them so.
-OLECHAR directIOName[] = u"SODirectIO";
-OLECHAR errorName[] = u"SOError";
-OLECHAR outputCompleteName[] = u"SOOutputComplete";
-OLECHAR statusUpdateName[] = u"SOStatusUpdate";
+constexpr std::u16string_view kNames[] = {u"SODirectIO", u"SOError", u"SOOutputComplete", u"SOStatusUpdate"};
 
 VARIANT LongArgument(int32_t value)
 {
@@ -19,7 +15,7 @@ VARIANT LongArgument(int32_t value)
     return argument;
 }
 
-VARIANT LongReference(int32_t& value)
+VARIANT LongReference(LONG& value)
 {
     VARIANT argument;
     VariantInit(&argument);
@@ -35,10 +31,8 @@ bool ControlObject::Attach(IDispatch* dispatch)
     Detach();
     if (dispatch == nullptr) return false;
     std::array<DISPID, kCallbacks> ids{};
-    OLECHAR* const names[] = {directIOName, errorName, outputCompleteName, statusUpdateName};
     for (std::size_t i = 0; i < kCallbacks; ++i) {
-        OLECHAR* name = names[i];
-        if (FAILED(dispatch->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_SYSTEM_DEFAULT, &ids[i]))) return false;
+        if (FAILED(platform::FindName(*dispatch, kNames[i], ids[i]))) return false;
     }
     platform::LockHold hold(lock_);
     dispatch_ = dispatch;
@@ -70,20 +64,24 @@ bool ControlObject::Call(Callback callback, VARIANT* argumentsLastFirst, UINT co
 bool ControlObject::SODirectIO(int32_t EventNumber, int32_t Data, const std::u16string& String)
 {
     platform::BstrHolder text{std::u16string_view(String)};
+    LONG data = Data;
     VARIANT arguments[3];
     VariantInit(&arguments[0]);
     arguments[0].vt = VT_BSTR | VT_BYREF;
     arguments[0].pbstrVal = text.Address();
-    arguments[1] = LongReference(Data);
+    arguments[1] = LongReference(data);
     arguments[2] = LongArgument(EventNumber);
     return Call(kDirectIO, arguments, 3);
 }
 
 bool ControlObject::SOError(int32_t ResultCode, int32_t ResultCodeExtended, int32_t ErrorLocus, int32_t& ErrorResponse)
 {
-    VARIANT arguments[] = {LongReference(ErrorResponse), LongArgument(ErrorLocus), LongArgument(ResultCodeExtended),
+    LONG answer = ErrorResponse;
+    VARIANT arguments[] = {LongReference(answer), LongArgument(ErrorLocus), LongArgument(ResultCodeExtended),
                            LongArgument(ResultCode)};
-    return Call(kError, arguments, 4);
+    const bool called = Call(kError, arguments, 4);
+    ErrorResponse = static_cast<int32_t>(answer);
+    return called;
 }
 
 bool ControlObject::SOOutputComplete(int32_t OutputID)

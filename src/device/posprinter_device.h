@@ -90,6 +90,10 @@ public:
     virtual int32_t External_LineDisplay_DisplayTextAt(int32_t Row, int32_t Column, const std::string& Data,
                                                        int32_t Attribute);
 
+    // The application has given up its last reference to the service without closing it, and its control object with
+    // it: no callback is made any more, not even for what closing still delivers.
+    virtual void ControlObjectGone() {}
+
     // Whether an operation of this device is waiting on the calling thread, further up its stack, for the application
     // to answer or the printer to become free. The front then refuses to replace the device.
     virtual bool OperationWaitsOnThisThread() const { return false; }

@@ -90,6 +90,7 @@ public:
     int32_t UpdateFirmware(const std::string& FirmwareFileName) override;
     int32_t ClearPrintArea() override;
     int32_t PageModePrint(int32_t Control) override;
+    void ControlObjectGone() override { ControlObject_.Detach(); }
     int32_t PrintTwoNormal(int32_t Stations, const std::string& Data1, const std::string& Data2) override;
     int32_t SetBitmap(int32_t BitmapNumber, int32_t Station, const std::string& FileName, int32_t Width,
                       int32_t Alignment) override;
