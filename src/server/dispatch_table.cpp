@@ -23,12 +23,6 @@ bool NamesEqual(std::string_view name, std::u16string_view asked)
     });
 }
 
-std::u16string_view ViewOf(const OLECHAR* name)
-{
-    const auto* const units = reinterpret_cast<const char16_t*>(name);
-    return units != nullptr ? std::u16string_view(units) : std::u16string_view();
-}
-
 void Describe(const char* className, const char* reason, HRESULT code, EXCEPINFO* exception)
 {
     if (exception == nullptr) return;
@@ -46,7 +40,7 @@ HRESULT DispatchTable::GetIDsOfNames(REFIID riid, OLECHAR** names, UINT count, D
     if (count == 0) return E_INVALIDARG;
 
     std::fill_n(ids, count, DISPID_UNKNOWN);
-    const std::u16string_view asked = ViewOf(names[0]);
+    const std::u16string_view asked = platform::NameView(names[0]);
     const auto found = std::find_if(methods_.begin(), methods_.end(),
                                     [&](const DispatchMethod& method) { return NamesEqual(method.name, asked); });
     if (found == methods_.end()) return DISP_E_UNKNOWNNAME;

@@ -92,7 +92,9 @@ MarbexOposPrnDriver::~MarbexOposPrnDriver()
 
 void MarbexOposPrnDriver::LastReferenceGone()
 {
-    CloseAndDrop(device_.lock());
+    const auto device = device_.lock();
+    if (device != nullptr) device->ControlObjectGone();
+    CloseAndDrop(device);
 }
 
 std::shared_ptr<POSPrinterDevice> MarbexOposPrnDriver::Device() const

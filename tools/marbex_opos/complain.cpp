@@ -1,12 +1,11 @@
-#include <cstdio>
-
 #include "marbex_opos/commands.h"
+#include "marbex_opos/output.h"
 
 namespace marbex::tools {
 
 int Complain(const std::string& why)
 {
-    std::fprintf(stderr, "marbex-opos: %s\n", why.c_str());
+    PrintError("marbex-opos: " + why + "\n");
     return 1;
 }
 

@@ -119,4 +119,14 @@ std::string CommonStart(const std::vector<std::string>& candidates)
     return common;
 }
 
+std::string Listed(const std::vector<std::string>& candidates)
+{
+    constexpr std::size_t kShown = 60;
+    std::string list;
+    for (std::size_t at = 0; at < candidates.size() && at < kShown; ++at)
+        list += candidates[at] + "  ";
+    if (candidates.size() > kShown) list += "... and " + std::to_string(candidates.size() - kShown) + " more";
+    return list;
+}
+
 }  // namespace marbex::tools

@@ -20,4 +20,7 @@ Completions Complete(std::string_view line);
 // The longest text that every candidate begins with.
 std::string CommonStart(const std::vector<std::string>& candidates);
 
+// The candidates for a person to choose from, in a line; of very many only the first.
+std::string Listed(const std::vector<std::string>& candidates);
+
 }  // namespace marbex::tools

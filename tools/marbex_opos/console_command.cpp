@@ -1,9 +1,9 @@
-#include <cstdio>
 #include <string>
 
 #include "marbex_opos/commands.h"
 #include "marbex_opos/console.h"
 #include "marbex_opos/line_source.h"
+#include "marbex_opos/output.h"
 #include "marbex_opos/process_settings.h"
 
 namespace marbex::tools {
@@ -13,9 +13,7 @@ int RunConsole(const ConsoleOptions& options)
     std::unique_ptr<LineSource> lines;
     Console console(options.server, options.echo, [&lines](std::string_view text) {
         lines->BeforeOutput();
-        const std::string line = std::string(text) + "\n";
-        std::fwrite(line.data(), 1, line.size(), stdout);
-        std::fflush(stdout);
+        Print(std::string(text) + "\n");
         lines->AfterOutput();
     });
     MessageHooks hooks{[&console] { return console.Session().MessageDescriptor(); },

@@ -100,7 +100,7 @@ HRESULT ControlObject::GetTypeInfo(UINT, LCID, ITypeInfo**)
 HRESULT ControlObject::GetIDsOfNames(REFIID, OLECHAR** rgszNames, UINT cNames, LCID, DISPID* rgDispId)
 {
     if (rgszNames == nullptr || rgDispId == nullptr || cNames == 0) return E_INVALIDARG;
-    const std::string name = platform::Utf8FromUtf16(rgszNames[0]);
+    const std::string name = platform::Utf8FromUtf16(platform::NameView(rgszNames[0]));
     for (std::size_t at = 0; at < kCallbacks.size(); ++at) {
         if (!platform::SameName(kCallbacks[at].name, name)) continue;
         rgDispId[0] = static_cast<DISPID>(at + 1);

@@ -1,8 +1,8 @@
-#include <cstdio>
 #include <string>
 
 #include "marbex_opos/commands.h"
 #include "marbex_opos/device_store.h"
+#include "marbex_opos/output.h"
 #include "platform/files.h"
 #include "support/printer_tables.h"
 
@@ -44,14 +44,14 @@ std::string PortText(const support::DeviceProfileStruct& profile)
 
 void Show(const DeviceView& view)
 {
-    std::printf("%s\n", view.name.c_str());
-    if (!view.logicalNames.empty()) std::printf("  also called      %s\n", Joined(view.logicalNames).c_str());
+    Print(view.name + "\n");
+    if (!view.logicalNames.empty()) Print("  also called      " + Joined(view.logicalNames) + "\n");
     std::size_t at = 0;
     for (const support::ProfileField& field : support::ProfileFields()) {
         std::string value = support::ShowField(field, view.profile);
         if (field.kind == support::ProfileFieldKind::kText) value = "\"" + value + "\"";
-        std::printf("  %-16s %-24s %-8s %s\n", std::string(field.name).c_str(), value.c_str(),
-                    view.isSet[at++] ? "set" : "default", std::string(field.meaning).c_str());
+        Print("  " + Padded(field.name, 16) + " " + Padded(value, 24) + " " +
+              Padded(view.isSet[at++] ? "set" : "default", 8) + " " + std::string(field.meaning) + "\n");
     }
 }
 
@@ -82,7 +82,7 @@ bool Understand(const DeviceOptions& options, DeviceChanges& changes)
 int Report(const std::string& problem, const std::string& done)
 {
     if (!problem.empty()) return Complain(problem);
-    std::printf("%s\n", done.c_str());
+    Print(done + "\n");
     return 0;
 }
 
@@ -98,8 +98,8 @@ int ListDevices()
         if (!view) continue;
         std::string also;
         if (!view->logicalNames.empty()) also = "also called " + Joined(view->logicalNames);
-        std::printf("%-24s %-16s %-28s %s\n", name.c_str(), view->profile.PrinterModel, PortText(view->profile).c_str(),
-                    also.c_str());
+        Print(Padded(name, 24) + " " + Padded(view->profile.PrinterModel, 16) + " " +
+              Padded(PortText(view->profile), 28) + " " + also + "\n");
     }
     return 0;
 }
@@ -118,12 +118,12 @@ int ShowDevice(const std::string& name)
 int ListFields()
 {
     for (const support::ProfileField& field : support::ProfileFields()) {
-        std::printf("%-16s %-16s %s\n", std::string(field.name).c_str(), std::string(field.defaultText).c_str(),
-                    std::string(field.meaning).c_str());
+        Print(Padded(field.name, 16) + " " + Padded(field.defaultText, 16) + " " + std::string(field.meaning) + "\n");
     }
-    std::printf("\nCharacter sets for Fonts:\n");
+    Print("\nCharacter sets for Fonts:\n");
     for (const support::CharSetStruct& set : support::CharacterSets()) {
-        std::printf("  %3u  %s\n", static_cast<unsigned>(set.SetNumber), std::string(set.DisplayName).c_str());
+        const std::string number = std::to_string(set.SetNumber);
+        Print("  " + std::string(3 - number.size(), ' ') + number + "  " + std::string(set.DisplayName) + "\n");
     }
     return 0;
 }
@@ -154,12 +154,16 @@ int RemoveDevice(const std::string& name)
 
 int ListModels()
 {
-    std::printf("%-16s %-8s %-12s %s\n", "MODEL", "PORTS", "CASH DRAWER", "LINE DISPLAY");
+    const auto row = [](std::string_view model, std::string_view ports, std::string_view drawer,
+                        std::string_view display) {
+        Print(Padded(model, 16) + " " + Padded(ports, 8) + " " + Padded(drawer, 12) + " " + std::string(display) +
+              "\n");
+    };
+    row("MODEL", "PORTS", "CASH DRAWER", "LINE DISPLAY");
     for (const support::PrinterModelStruct& model : support::PrinterModels()) {
-        std::printf("%-16s %-8s %-12s %s\n", model.Name, model.Ports, model.HasCashDrawer != 0 ? "yes" : "no",
-                    model.HasLineDisplay != 0 ? "yes" : "no");
+        row(model.Name, model.Ports, model.HasCashDrawer != 0 ? "yes" : "no", model.HasLineDisplay != 0 ? "yes" : "no");
     }
-    std::printf("\nPorts: S serial, U USB, E Ethernet\n");
+    Print("\nPorts: S serial, U USB, E Ethernet\n");
     return 0;
 }
 

@@ -10,6 +10,8 @@
 
 namespace marbex::tools {
 
+// How a POSIX line source learns of the messages that the server keeps. On Windows the messages of a thread are the
+// system's own: whoever waits there waits for them too and needs none of this.
 struct MessageHooks {
     std::function<int()> descriptor;    // readable when messages wait; -1 while there can be none
     std::function<void()> runMessages;  // those that wait
@@ -24,9 +26,9 @@ public:
 };
 
 // Standard input when path is empty. Null when the file cannot be opened.
-std::unique_ptr<LineSource> OpenLines(const std::string& path, MessageHooks hooks);
+std::unique_ptr<LineSource> OpenLines(const std::string& path, const MessageHooks& hooks);
 
 // A prompt on the terminal with editing, history and completion.
-std::unique_ptr<LineSource> OpenTerminal(MessageHooks hooks);
+std::unique_ptr<LineSource> OpenTerminal(const MessageHooks& hooks);
 
 }  // namespace marbex::tools

@@ -1,11 +1,12 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <exception>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "marbex_opos/commands.h"
+#include "marbex_opos/output.h"
 #include "marbex_opos/process_settings.h"
 
 namespace {
@@ -28,16 +29,24 @@ public:
         Command(app_, "models", "The printer models and what they have", tools::ListModels);
     }
 
-    int Run(int argc, char** argv)
+    int Run(const std::vector<std::string>& words)
     {
+        std::vector<const char*> pointers;
+        pointers.reserve(words.size());
+        for (const std::string& word : words)
+            pointers.push_back(word.c_str());
         try {
-            app_.parse(argc, argv);
+            app_.parse(static_cast<int>(pointers.size()), pointers.data());
         } catch (const CLI::ParseError& error) {
-            return app_.exit(error) == 0 ? 0 : kUsageError;
+            std::ostringstream help;
+            std::ostringstream complaint;
+            const bool isAsked = app_.exit(error, help, complaint) == 0;
+            tools::Print(help.str());
+            tools::PrintError(complaint.str());
+            return isAsked ? 0 : kUsageError;
         }
         if (!registry_.empty() && !tools::UseRegistryFile(registry_)) {
-            std::fprintf(stderr, "marbex-opos: the registry of this system cannot be replaced by a file\n");
-            return 1;
+            return tools::Complain("the registry of this system cannot be replaced by a file");
         }
         return chosen_();
     }
@@ -157,9 +166,8 @@ int main(int argc, char** argv)
 {
     try {
         CommandLine commandLine;
-        return commandLine.Run(argc, argv);
+        return commandLine.Run(tools::CommandLineWords(argc, argv));
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "marbex-opos: %s\n", error.what());
-        return 1;
+        return tools::Complain(error.what());
     }
 }

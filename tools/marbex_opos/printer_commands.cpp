@@ -1,8 +1,8 @@
-#include <cstdio>
 #include <optional>
 #include <string>
 
 #include "marbex_opos/commands.h"
+#include "marbex_opos/output.h"
 #include "marbex_opos/printer_session.h"
 #include "marbex_opos/result_names.h"
 #include "opos/common.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr uint64_t kLargestFile = 16 << 20;  // bytes
 constexpr int kLinesBeforeCut = 4;           // from the print line to the cutter
 
-const char* YesNo(int32_t value)
+std::string YesNo(int32_t value)
 {
     return value != 0 ? "yes" : "no";
 }
@@ -29,10 +29,8 @@ void WarnOfLostCharacters(const std::u16string& text)
     const std::string narrow = platform::NarrowAnsi(text);
     const std::u16string back = platform::WidenAnsi(narrow);
     if (back == text) return;
-    std::fprintf(
-        stderr,
-        "marbex-opos: the ANSI code page %u does not hold every character of the file; the others print as \"?\"\n",
-        platform::AnsiCodePage());
+    PrintError("marbex-opos: the ANSI code page " + std::to_string(platform::AnsiCodePage()) +
+               " does not hold every character of the file; the others print as \"?\"\n");
 }
 
 }  // namespace
@@ -41,16 +39,16 @@ int CheckPrinterHealth(const PrinterOptions& options)
 {
     PrinterSession printer(options.server, options.device);
     if (!printer.Problem().empty()) return Complain(options.device + ": " + printer.Problem());
-    std::printf("%s\n", printer.Text(opos::PIDX_DeviceDescription).c_str());
-    std::printf("%s\n", printer.Text(opos::PIDX_ServiceObjectDescription).c_str());
+    Print(printer.Text(opos::PIDX_DeviceDescription) + "\n");
+    Print(printer.Text(opos::PIDX_ServiceObjectDescription) + "\n");
 
     const int32_t health = printer.Call("CheckHealth", {opos::OPOS_CH_INTERNAL});
     const std::string text = printer.Text(opos::PIDX_CheckHealthText);
-    std::printf("health       %s%s%s\n", ResultText(health).c_str(), text.empty() ? "" : ": ", text.c_str());
+    Print("health       " + ResultText(health) + (text.empty() ? "" : ": ") + text + "\n");
     printer.AwaitStatus();
-    std::printf("cover open   %s\n", YesNo(printer.Number(opos::PIDXPtr_CoverOpen)));
-    std::printf("paper out    %s\n", YesNo(printer.Number(opos::PIDXPtr_RecEmpty)));
-    std::printf("paper low    %s\n", YesNo(printer.Number(opos::PIDXPtr_RecNearEnd)));
+    Print("cover open   " + YesNo(printer.Number(opos::PIDXPtr_CoverOpen)) + "\n");
+    Print("paper out    " + YesNo(printer.Number(opos::PIDXPtr_RecEmpty)) + "\n");
+    Print("paper low    " + YesNo(printer.Number(opos::PIDXPtr_RecNearEnd)) + "\n");
     return health == opos::OPOS_SUCCESS ? 0 : 1;
 }
 
@@ -69,7 +67,7 @@ int PrintFile(const PrintOptions& options)
         if (result == opos::OPOS_SUCCESS) result = printer.Call("CutPaper", {opos::PTR_CP_FULLCUT});
     }
     if (result != opos::OPOS_SUCCESS) return Complain(options.device + ": not printed: " + printer.LastResult());
-    std::printf("%s: printed %zu bytes of %s\n", options.device.c_str(), file->size(), options.file.c_str());
+    Print(options.device + ": printed " + std::to_string(file->size()) + " bytes of " + options.file + "\n");
     return 0;
 }
 

@@ -1,8 +1,7 @@
 #include "marbex_opos/printer_session.h"
 
-#include <cstdio>
-
 #include "marbex_opos/device_store.h"
+#include "marbex_opos/output.h"
 #include "marbex_opos/result_names.h"
 #include "opos/common.h"
 #include "opos/printer.h"
@@ -50,8 +49,7 @@ PrinterSession::~PrinterSession()
 
 void PrinterSession::OnEvent(const Event& event)
 {
-    std::printf("event: %s %s\n", std::string(EventName(event.kind)).c_str(), event.arguments.c_str());
-    std::fflush(stdout);
+    Print("event: " + std::string(EventName(event.kind)) + " " + event.arguments + "\n");
     hasReported_ = hasReported_ || (event.kind == EventKind::kStatusUpdate && event.arguments != kIdle);
 }
 

@@ -1,14 +1,22 @@
 #pragma once
 
-// What the program decides for its whole process before anything else runs.
+// What the program decides for its whole process before anything else runs, and what it knows of its system.
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace marbex::tools {
+
+// The words of the command line in UTF-8, the program's own name first.
+std::vector<std::string> CommandLineWords(int argc, char** argv);
 
 // Makes the file the registry of this process, the server that it loads included. POSIX only: Windows has one registry,
 // and there this returns false.
 bool UseRegistryFile(const std::string& path);
+
+// What a person has to see to when the registry cannot be written.
+std::string_view RegistryAdvice();
 
 bool InputIsTerminal();
 

@@ -1,9 +1,12 @@
-#include <cstdio>
+#include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <string>
 
 #include "marbex_opos/commands.h"
 #include "marbex_opos/object_kind.h"
+#include "marbex_opos/output.h"
+#include "marbex_opos/process_settings.h"
 #include "marbex_opos/registered_server.h"
 #include "marbex_opos/server_library.h"
 
@@ -11,24 +14,42 @@ namespace marbex::tools {
 
 namespace {
 
-std::unique_ptr<ServerLibrary> Load(const std::string& server, std::string& problem)
+namespace fs = std::filesystem;
+
+// The library to register, by its path; empty, with a reason, when there is none.
+std::string Chosen(const std::string& server, std::string& problem)
 {
-    const std::string path = server.empty() ? ServerBesideProgram() : server;
-    if (path.empty()) {
-        problem = "there is no server library beside this program; name it with --server";
-        return nullptr;
-    }
-    return LoadServer(path, problem);
+    std::string path = server.empty() ? ServerBesideProgram() : server;
+    if (path.empty()) problem = "there is no server library beside this program; name it with --server";
+    return path;
+}
+
+fs::path PathOf(const std::string& utf8)
+{
+    return std::u8string(utf8.begin(), utf8.end());
 }
 
 // The server's entry points report success whatever became of their writes, so the registry is asked.
-int CountRegistered(const platform::Registry& registry)
+std::size_t CountRegistered(const platform::Registry& registry)
 {
-    int count = 0;
-    for (const ObjectClass& object : kObjectClasses) {
-        if (RegisteredServerPath(registry, std::string(object.progId))) ++count;
-    }
-    return count;
+    return static_cast<std::size_t>(std::ranges::count_if(kObjectClasses, [&](const ObjectClass& object) {
+        return RegisteredServerPath(registry, std::string(object.progId)).has_value();
+    }));
+}
+
+// All of them, with this library and no other.
+bool AreRegistered(const platform::Registry& registry, const std::string& server)
+{
+    return std::ranges::all_of(kObjectClasses, [&](const ObjectClass& object) {
+        const auto path = RegisteredServerPath(registry, std::string(object.progId));
+        std::error_code error;
+        return path && fs::equivalent(PathOf(platform::NativePath(*path)), PathOf(server), error);
+    });
+}
+
+int CannotWrite(const std::string& what)
+{
+    return Complain("the registration could not be " + what + " (" + std::string(RegistryAdvice()) + ")");
 }
 
 int ReportRegistered()
@@ -36,7 +57,7 @@ int ReportRegistered()
     const platform::Registry& registry = platform::SystemRegistry();
     for (const ObjectClass& object : kObjectClasses) {
         const auto path = RegisteredServerPath(registry, std::string(object.progId));
-        if (path) std::printf("%-38s %s\n", std::string(object.progId).c_str(), path->c_str());
+        if (path) Print(Padded(object.progId, 38) + " " + *path + "\n");
     }
     return 0;
 }
@@ -48,11 +69,11 @@ int RegisterServer(const std::string& server)
     platform::Registry& registry = platform::SystemRegistry();
     std::string problem;
     if (!registry.Subkeys("") && !registry.LastProblem().empty()) return Complain(registry.LastProblem());
-    const std::unique_ptr<ServerLibrary> library = Load(server, problem);
+    const std::string path = Chosen(server, problem);
+    const std::unique_ptr<ServerLibrary> library = path.empty() ? nullptr : LoadServer(path, problem);
     if (!library) return Complain(problem);
     library->Register();
-    if (CountRegistered(registry) == static_cast<int>(kObjectClasses.size())) return ReportRegistered();
-    return Complain("the registration could not be written (is the registry writable?)");
+    return AreRegistered(registry, path) ? ReportRegistered() : CannotWrite("written");
 }
 
 int UnregisterServer(const std::string& server)
@@ -61,15 +82,15 @@ int UnregisterServer(const std::string& server)
     std::string problem;
     if (!registry.Subkeys("") && !registry.LastProblem().empty()) return Complain(registry.LastProblem());
     if (CountRegistered(registry) == 0) {
-        std::printf("nothing is registered\n");
+        Print("nothing is registered\n");
         return 0;
     }
-    const std::unique_ptr<ServerLibrary> library = Load(server, problem);
+    const std::string path = Chosen(server, problem);
+    const std::unique_ptr<ServerLibrary> library = path.empty() ? nullptr : LoadServer(path, problem);
     if (!library) return Complain(problem);
     library->Unregister();
-    if (CountRegistered(registry) != 0)
-        return Complain("the registration could not be removed (is the registry writable?)");
-    std::printf("unregistered\n");
+    if (CountRegistered(registry) != 0) return CannotWrite("removed");
+    Print("unregistered\n");
     return 0;
 }
 

@@ -13,7 +13,7 @@ namespace {
 // One argument on its way: the variant, and what it refers to when it goes by reference.
 struct Argument {
     VARIANT variant{};
-    int32_t number = 0;
+    LONG number = 0;
     BSTR text = nullptr;
     bool isInOut = false;
 
@@ -72,7 +72,7 @@ Result FromVariant(const VARIANT& variant)
     switch (variant.vt) {
         case VT_I4:
         case VT_INT:
-            return variant.lVal;
+            return static_cast<int32_t>(variant.lVal);
         case VT_I2:
             return static_cast<int32_t>(variant.iVal);
         case VT_BOOL:
@@ -82,13 +82,6 @@ Result FromVariant(const VARIANT& variant)
         default:
             return {};
     }
-}
-
-HRESULT FindName(IDispatch* dispatch, std::string_view name, DISPID& id)
-{
-    std::u16string wide = platform::Utf16FromUtf8(name);
-    OLECHAR* names = wide.data();
-    return dispatch->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_SYSTEM_DEFAULT, &id);
 }
 
 }  // namespace
@@ -124,7 +117,7 @@ CallOutcome ServiceObject::Call(const Method& method, std::span<const Value> arg
 {
     CallOutcome outcome;
     DISPID id = DISPID_UNKNOWN;
-    HRESULT result = FindName(dispatch_, method.name, id);
+    HRESULT result = platform::FindName(*dispatch_, platform::Utf16FromUtf8(method.name), id);
     if (FAILED(result)) {
         outcome.problem = std::string(method.name) + ": " + Described(result);
         return outcome;
@@ -157,7 +150,7 @@ CallOutcome ServiceObject::Call(const Method& method, std::span<const Value> arg
     for (const Argument& argument : passed) {
         if (!argument.isInOut) continue;
         const bool isText = argument.variant.vt == (VT_BSTR | VT_BYREF);
-        outcome.inOut.push_back(isText ? TextResult(argument.text) : Result(argument.number));
+        outcome.inOut.push_back(isText ? TextResult(argument.text) : Result(static_cast<int32_t>(argument.number)));
     }
     return outcome;
 }

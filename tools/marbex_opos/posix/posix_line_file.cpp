@@ -4,8 +4,8 @@
 
 #include <array>
 #include <cerrno>
-#include <string_view>
 
+#include "marbex_opos/line_buffer.h"
 #include "marbex_opos/line_source.h"
 
 namespace marbex::tools {
@@ -24,35 +24,20 @@ public:
 
     std::optional<std::string> NextLine() override
     {
-        std::size_t end = 0;
-        while ((end = pending_.find('\n', searched_)) == std::string::npos) {
-            searched_ = pending_.size();
-            if (!Fill()) return Last();
+        while (true) {
+            if (std::optional<std::string> line = buffer_.TakeLine()) return line;
+            if (!Fill()) return buffer_.TakeRest();
         }
-        std::string line = pending_.substr(0, end);
-        pending_.erase(0, end + 1);
-        searched_ = 0;
-        return line;
     }
 
 private:
-    // What stands after the last line end is a line too.
-    std::optional<std::string> Last()
-    {
-        if (pending_.empty()) return std::nullopt;
-        std::string line;
-        line.swap(pending_);
-        searched_ = 0;
-        return line;
-    }
-
     bool Fill()
     {
         WaitForInput();
-        std::array<char, 65536> buffer;
-        const ssize_t got = read(descriptor_, buffer.data(), buffer.size());
+        std::array<char, 65536> bytes;
+        const ssize_t got = read(descriptor_, bytes.data(), bytes.size());
         if (got < 0) return errno == EINTR;
-        pending_.append(buffer.data(), static_cast<std::size_t>(got));
+        buffer_.Append({bytes.data(), static_cast<std::size_t>(got)});
         return got > 0;
     }
 
@@ -68,17 +53,16 @@ private:
 
     int descriptor_;
     MessageHooks hooks_;
-    std::string pending_;
-    std::size_t searched_ = 0;  // bytes of pending_ known to hold no line end
+    LineBuffer buffer_;
 };
 
 }  // namespace
 
-std::unique_ptr<LineSource> OpenLines(const std::string& path, MessageHooks hooks)
+std::unique_ptr<LineSource> OpenLines(const std::string& path, const MessageHooks& hooks)
 {
     const int descriptor = path.empty() ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return nullptr;
-    return std::make_unique<PosixLineFile>(descriptor, std::move(hooks));
+    return std::make_unique<PosixLineFile>(descriptor, hooks);
 }
 
 }  // namespace marbex::tools

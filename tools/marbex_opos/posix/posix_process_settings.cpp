@@ -7,11 +7,21 @@
 
 namespace marbex::tools {
 
+std::vector<std::string> CommandLineWords(int argc, char** argv)
+{
+    return {argv, argv + argc};
+}
+
 bool UseRegistryFile(const std::string& path)
 {
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     return !error && setenv("MARBEX_OPOS_REGISTRY", absolute.c_str(), 1) == 0;
+}
+
+std::string_view RegistryAdvice()
+{
+    return "is the registry file writable?";
 }
 
 bool InputIsTerminal()

@@ -92,7 +92,7 @@ std::unique_ptr<ServerLibrary> LoadServer(const std::string& path, std::string& 
 std::string ServerBesideProgram()
 {
     const fs::path folder = ProgramFolder();
-    for (const fs::path& candidate : {folder / kLibraryName, folder / ".." / "lib" / kLibraryName}) {
+    for (const fs::path& candidate : {folder / kLibraryName, folder / ".." / "lib" / "marbex-opos" / kLibraryName}) {
         std::error_code error;
         if (fs::is_regular_file(candidate, error)) return fs::weakly_canonical(candidate, error).string();
     }

@@ -17,7 +17,6 @@ namespace marbex::tools {
 namespace {
 
 constexpr int kHistoryLength = 1000;
-constexpr std::size_t kShownCandidates = 60;
 
 // The editor calls back with its own pointer only; this is the one terminal of the process.
 class PosixTerminal;
@@ -91,22 +90,13 @@ private:
         const std::string common = CommonStart(completions.candidates);
         if (common.empty()) return CC_REFRESH_BEEP;
         if (completions.candidates.size() > 1 && common.size() <= completions.typed) {
-            Show(completions.candidates);
+            std::puts("");
+            std::puts(Listed(completions.candidates).c_str());
             return CC_REDISPLAY;
         }
         el_deletestr(editor, static_cast<int>(completions.typed));  // names are ASCII: bytes are characters
         el_insertstr(editor, common.c_str());
         return CC_REFRESH;
-    }
-
-    static void Show(const std::vector<std::string>& candidates)
-    {
-        std::puts("");
-        for (std::size_t at = 0; at < candidates.size() && at < kShownCandidates; ++at) {
-            std::printf("%s  ", candidates[at].c_str());
-        }
-        if (candidates.size() > kShownCandidates) std::printf("... and %zu more", candidates.size() - kShownCandidates);
-        std::puts("");
     }
 
     static int ReadCharacter(EditLine*, wchar_t* character) { return theTerminal->Read(*character); }
@@ -151,9 +141,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<LineSource> OpenTerminal(MessageHooks hooks)
+std::unique_ptr<LineSource> OpenTerminal(const MessageHooks& hooks)
 {
-    return std::make_unique<PosixTerminal>(std::move(hooks));
+    return std::make_unique<PosixTerminal>(hooks);
 }
 
 }  // namespace marbex::tools

@@ -1,0 +1,52 @@
+#include <windows.h>
+// After windows.h.
+#include <shellapi.h>
+
+#include <filesystem>
+
+#include "marbex_opos/process_settings.h"
+#include "platform/windows/wide_text.h"
+
+namespace marbex::tools {
+
+// The words that main receives are in the ANSI code page, which does not hold every file name.
+std::vector<std::string> CommandLineWords(int argc, char** argv)
+{
+    int count = 0;
+    wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (wide == nullptr) return {argv, argv + argc};
+    std::vector<std::string> words;
+    words.reserve(static_cast<std::size_t>(count));
+    for (int at = 0; at < count; ++at)
+        words.push_back(platform::Utf8FromWide(wide[at]));
+    LocalFree(wide);
+    return words;
+}
+
+bool UseRegistryFile(const std::string&)
+{
+    return false;
+}
+
+std::string_view RegistryAdvice()
+{
+    return "run it as administrator";
+}
+
+bool InputIsTerminal()
+{
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+}
+
+std::string HistoryFile()
+{
+    const wchar_t* home = _wgetenv(L"LOCALAPPDATA");
+    if (home == nullptr || *home == L'\0') return {};
+    const std::filesystem::path folder = std::filesystem::path(home) / L"Marbex OPOS";
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    return error ? std::string() : platform::Utf8FromWide((folder / L"history.txt").native());
+}
+
+}  // namespace marbex::tools
