@@ -117,6 +117,16 @@ TEST(Decoder, SurvivesAnyBytes)
     }
 }
 
+TEST(Decoder, CopiesEveryCommandAndNoStatusRequest)
+{
+    VirtualPrinter printer("TALIS");
+    std::string copy;
+    printer.CopyCommands([&copy](std::span<const uint8_t> command) { copy.append(command.begin(), command.end()); });
+    const std::string row = "\x1B*b3W\x10\x04\x01";  // its data only look like a request
+    printer.Feed("\x1B@one\x10\x04\x14two\n" + row + "\x10\x04\x01\x1Bi");
+    EXPECT_EQ(copy, "\x1B@onetwo\n" + row + "\x1Bi");
+}
+
 TEST(Raster, PutsRowsWhereTheyBelong)
 {
     VirtualPrinter printer("TALIS");

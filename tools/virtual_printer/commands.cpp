@@ -1,5 +1,6 @@
 #include "virtual_printer/commands.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -45,12 +46,27 @@ const char* Name(PaperState paper)
 
 }  // namespace
 
-Operator::Operator(std::string_view model, const LinkOptions& link, PrinterOptions options, PaperFiles files)
+Operator::Operator(std::string_view model, const LinkOptions& link, PrinterOptions options, OutputFiles files)
     : files_(std::move(files)), silence_(output_)
 {
+    if (!files_.commands.empty()) {
+        commands_.open(files_.commands, std::ios::binary);
+        if (!commands_) {
+            throw std::system_error(errno, std::generic_category(), files_.commands);
+        }
+    }
     server_ = std::make_unique<PrinterServer>(
         model, link, options,
         [this](const VirtualPrinter& printer, const Happening& happening) { Happened(printer, happening); });
+    if (commands_.is_open()) {
+        server_->With([this](VirtualPrinter& printer) {
+            printer.CopyCommands([this](std::span<const uint8_t> command) {
+                commands_.write(reinterpret_cast<const char*>(command.data()),
+                                static_cast<std::streamsize>(command.size()));
+                commands_.flush();
+            });
+        });
+    }
 }
 
 void Operator::Print(const std::string& json)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -10,17 +11,19 @@
 
 namespace marbex::virtual_printer {
 
-// Where the picture of the paper goes.
-struct PaperFiles {
+// Where the picture of the paper and a copy of the commands go.
+struct OutputFiles {
     std::string picture;    // empty: none
     bool cutFiles = false;  // also one a cut
+    std::string commands;   // empty: none
 };
 
 // The printer as the operator in front of it has it: takes the commands of standard input and writes what happens to
 // standard output, one line of JSON each.
 class Operator {
 public:
-    Operator(std::string_view model, const LinkOptions& link, PrinterOptions options, PaperFiles files);
+    // Throws what PrinterServer throws, and std::system_error when the file for the commands cannot be made.
+    Operator(std::string_view model, const LinkOptions& link, PrinterOptions options, OutputFiles files);
 
     PrinterServer& Server() { return *server_; }
     // Writes the first line, which says where the printer is; nothing is told before it.
@@ -37,7 +40,8 @@ private:
     std::string SaveTo(const std::string& file);
     void KeepPictureFresh(const Paper& paper);
 
-    PaperFiles files_;
+    OutputFiles files_;
+    std::ofstream commands_;
     std::mutex output_;
     std::chrono::steady_clock::time_point nextPicture_{};
     std::unique_ptr<PrinterServer> server_;

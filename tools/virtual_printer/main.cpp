@@ -21,7 +21,7 @@ struct Arguments {
     uint32_t baud = 0;
     LinkOptions link;
     PrinterOptions printer;
-    PaperFiles files;
+    OutputFiles files;
     std::string portFile;
     std::string displayPortFile;
 };
@@ -52,6 +52,7 @@ void Define(CLI::App& app, Arguments& a)
                    "TCP: bytes the system keeps while the printer does not read");
     app.add_option("--paper", a.files.picture, "PNG picture of the paper");
     app.add_flag("--cut-files", a.files.cutFiles, "also a picture of each cut piece: FILE-1.png and so on");
+    app.add_option("--commands", a.files.commands, "file for the bytes of all commands, status requests left out");
     app.add_option("--port-file", a.portFile, "file to write the TCP port or the terminal's path to");
     app.add_option("--display-port-file", a.displayPortFile, "file to write the path of the display's terminal to");
     app.add_flag("--wide", a.printer.wide, "DORIN with its wide mechanism");

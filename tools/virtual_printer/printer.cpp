@@ -121,6 +121,7 @@ public:
     bool mute_ = false;
     std::vector<Happening> happenings_;
     Observer observer_;
+    Copy copy_;
     Paper paper_;
     Interpreter interpreter_;
 
@@ -128,6 +129,9 @@ private:
     // A whole command has come in.
     void Take(const Command& command)
     {
+        if (copy_) {
+            copy_(command.bytes);
+        }
         const bool canBeDone = waiting_.empty() && !interpreter_.NeedsPaper(command);
         if (condition_.Stopped() && command.op == Op::kCancel) {
             Record(Cancelled{false, Discard()});
@@ -266,6 +270,11 @@ std::vector<Happening> VirtualPrinter::TakeHappenings()
 void VirtualPrinter::Observe(Observer observer)
 {
     impl_->observer_ = std::move(observer);
+}
+
+void VirtualPrinter::CopyCommands(Copy copy)
+{
+    impl_->copy_ = std::move(copy);
 }
 
 void VirtualPrinter::Record(Happening happening)

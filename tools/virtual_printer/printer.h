@@ -52,6 +52,7 @@ struct PrinterState {
 class VirtualPrinter {
 public:
     using Observer = std::function<void(const VirtualPrinter&, const Happening&)>;
+    using Copy = std::function<void(std::span<const uint8_t> command)>;
 
     static constexpr std::size_t kStoppedBuffer = 4096;
 
@@ -87,6 +88,9 @@ public:
     // With an observer happenings are told to it, at once, and no longer kept.
     void Observe(Observer observer);
     void Record(Happening happening);
+    // Told the bytes of every whole command as it comes in, its data included: all that was sent but real-time
+    // requests, which come whenever the sender looks at the status, and what is never finished.
+    void CopyCommands(Copy copy);
 
     template <class T>
     std::vector<T> All() const
