@@ -1,24 +1,19 @@
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "temp_folder.h"
 
 namespace marbex::tests {
 
 // A folder of the test's own, gone at its end.
 class TemporaryFolder {
 public:
-    TemporaryFolder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "marbex_comm_XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-        path_ = name;
-    }
+    TemporaryFolder() : path_(MakeTemporaryFolder()) {}
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder() { std::filesystem::remove_all(path_); }

@@ -10,7 +10,7 @@
 #include "comm/scripted_socket.h"
 #include "comm/test_clock.h"
 #include "comm/transport_log.h"
-#include "platform/loopback_server.h"
+#include "loopback_server.h"
 
 namespace marbex::comm {
 

@@ -72,7 +72,7 @@ TEST_F(EthernetTransport, FailedOpenSaysWhyAndHoldsNothing)
     ASSERT_EQ(transport.InitTCPIp("127.0.0.1", server.Port()), 0U);
     EXPECT_EQ(transport.OpenEth(), 215U);
     EXPECT_EQ(log.Last(), "CNuComEth::OpenEth -  Open TCP has failed: impossibile to connect the socket ");
-    EXPECT_EQ(transport.LastSystemError(), static_cast<uint32_t>(ECONNREFUSED));
+    EXPECT_EQ(transport.LastSystemError(), tests::kRefusedError);
     EXPECT_EQ(script.closes, 1);
     script.create = [] { return false; };
     script.lastError = EMFILE;

@@ -6,7 +6,7 @@
 #include <future>
 
 #include "comm/comm_log_file.h"
-#include "platform/loopback_server.h"
+#include "loopback_server.h"
 
 namespace marbex::comm {
 namespace {

@@ -8,7 +8,7 @@
 
 #include "comm/comm_log_file.h"
 #include "comm/scripted_socket.h"
-#include "platform/loopback_server.h"
+#include "loopback_server.h"
 
 namespace marbex::comm {
 namespace {

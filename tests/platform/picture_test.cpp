@@ -9,68 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/picture_checks.h"
 #include "platform/picture_files.h"
 
 namespace marbex::platform {
 namespace {
 
 using test::BmpOptions;
-using test::GifOptions;
-using test::JpegKind;
-using test::Pixels;
-
-Pixels Draw(const Picture& picture, uint32_t width, uint32_t height)
-{
-    Pixels drawn{width, height, std::vector<uint32_t>(std::size_t{width} * height, 0xDEADBEEF)};
-    EXPECT_TRUE(picture.Draw(width, height, 0, height, drawn.values));
-    return drawn;
-}
-
-// The picture of a file at its own size; no pixels when it is refused.
-Pixels Decode(const std::string& file)
-{
-    PictureError error = PictureError::kNone;
-    const std::unique_ptr<Picture> picture = DecodePicture(file, error);
-    EXPECT_EQ(picture == nullptr, error != PictureError::kNone);
-    if (!picture) return {};
-    return Draw(*picture, picture->Width(), picture->Height());
-}
-
-bool IsRefused(const std::string& file)
-{
-    return Decode(file).values.empty();
-}
-
-void ExpectPixels(const std::string& file, const Pixels& expected)
-{
-    const Pixels pixels = Decode(file);
-    ASSERT_EQ(pixels.width, expected.width);
-    ASSERT_EQ(pixels.height, expected.height);
-    EXPECT_EQ(pixels.values, expected.values);
-}
-
-Pixels ColorfulPixels(uint32_t width = 13, uint32_t height = 7)
-{
-    return test::MakePixels(width, height, [](uint32_t x, uint32_t y) {
-        return (x * 19 % 256 << 16) | (y * 31 % 256 << 8) | (x * y % 256);
-    });
-}
-
-Pixels WithPalette(const Pixels& indices, const std::vector<uint32_t>& palette)
-{
-    Pixels colors = indices;
-    for (uint32_t& value : colors.values)
-        value = palette[value];
-    return colors;
-}
-
-std::vector<uint32_t> MakePalette(std::size_t count)
-{
-    std::vector<uint32_t> palette;
-    for (uint32_t i = 0; i < count; ++i)
-        palette.push_back((i * 37 % 256) << 16 | (i * 101 % 256) << 8 | (255 - i));
-    return palette;
-}
 
 TEST(PictureBmp, PalettesOfEveryDepthBothWaysUp)
 {
@@ -200,97 +145,22 @@ TEST(PictureBmp, RefusesWhatIsNoPicture)
     EXPECT_TRUE(IsRefused(test::MakeBmp(4, 4, gaps))) << "mask with a gap";
 }
 
-TEST(PicturePng, TransparencyLetsWhiteThrough)
-{
-    for (const bool interlaced : {false, true}) {
-        Pixels pixels = ColorfulPixels(21, 17);
-        Pixels expected = pixels;
-        for (uint32_t i = 0; i < pixels.values.size(); ++i) {
-            const uint32_t alpha = i % 3 == 0 ? 0 : i % 3 == 1 ? 128 : 255;
-            pixels.values[i] |= alpha << 24;
-            uint32_t mixed = 0;
-            for (const uint32_t shift : {0U, 8U, 16U}) {
-                const double value = expected.values[i] >> shift & 0xFF;
-                mixed |= static_cast<uint32_t>(std::lround((value * alpha + 255.0 * (255 - alpha)) / 255)) << shift;
-            }
-            expected.values[i] = mixed;
-        }
-        ExpectPixels(test::MakePng(pixels, interlaced), expected);
-    }
-}
-
-TEST(PictureJpeg, EveryKindBaselineAndProgressive)
-{
-    const Pixels pixels = test::MakePixels(
-        40, 24, [](uint32_t x, uint32_t y) { return (x < 20 ? 0xC80000U : 0x0000C8U) + (y < 12 ? 0x003C00U : 0U); });
-    for (const JpegKind kind : {JpegKind::kGray, JpegKind::kColor, JpegKind::kInks}) {
-        for (const bool progressive : {false, true}) {
-            const Pixels decoded = Decode(test::MakeJpeg(pixels, kind, progressive));
-            ASSERT_EQ(decoded.values.size(), pixels.values.size());
-            for (const auto& [x, y] :
-                 {std::pair{4U, 4U}, std::pair{36U, 4U}, std::pair{4U, 20U}, std::pair{36U, 20U}}) {
-                const uint32_t blue = pixels.At(x, y) & 0xFF;
-                const uint32_t expected = kind == JpegKind::kGray ? blue * 0x010101 : pixels.At(x, y);
-                for (const uint32_t shift : {0U, 8U, 16U}) {
-                    EXPECT_NEAR(static_cast<int>(decoded.At(x, y) >> shift & 0xFF),
-                                static_cast<int>(expected >> shift & 0xFF), 4)
-                        << "kind " << static_cast<int>(kind) << " progressive " << progressive;
-                }
-            }
-        }
-    }
-}
-
-TEST(PictureJpeg, OnlyTheEndMarkMayBeMissing)
-{
-    const std::string file = test::MakeJpeg(ColorfulPixels(64, 64), JpegKind::kColor, false);
-    EXPECT_FALSE(IsRefused(file.substr(0, file.size() - 2)));
-    EXPECT_TRUE(IsRefused(file.substr(0, file.size() - 10)));
-    EXPECT_TRUE(IsRefused(file.substr(0, file.size() / 2)));
-}
-
-TEST(PictureGif, FirstFrameOnItsScreen)
-{
-    const auto palette = MakePalette(256);
-    const Pixels indices = test::MakePixels(19, 23, [](uint32_t x, uint32_t y) { return (x * 11 + y * 5) % 256; });
-    ExpectPixels(test::MakeGif(indices, {.palette = palette}), WithPalette(indices, palette));
-    ExpectPixels(test::MakeGif(indices, {.palette = palette, .interlaced = true, .frames = 2}),
-                 WithPalette(indices, palette));
-
-    Pixels placed = test::MakePixels(30, 30, [&](uint32_t x, uint32_t y) {
-        if (x < 4 || y < 2 || x >= 23 || y >= 25) return 0xFFFFFFU;
-        const uint32_t index = indices.At(x - 4, y - 2);
-        return index == 55 ? 0xFFFFFFU : palette[index];
-    });
-    ExpectPixels(
-        test::MakeGif(
-            indices,
-            {.palette = palette, .transparent = 55, .left = 4, .top = 2, .screenWidth = 30, .screenHeight = 30}),
-        placed);
-    // A frame larger than the screen is cut.
-    Pixels cut = test::MakePixels(5, 5, [&](uint32_t x, uint32_t y) { return palette[indices.At(x, y)]; });
-    ExpectPixels(test::MakeGif(indices, {.palette = palette, .screenWidth = 5, .screenHeight = 5}), cut);
-}
-
 std::vector<std::string> OneFileOfEachKind()
 {
-    const Pixels pixels = ColorfulPixels(24, 16);
-    Pixels opaque = pixels;
-    for (uint32_t& value : opaque.values)
-        value |= 0xFF000000;
-    const auto palette = MakePalette(16);
-    const Pixels indices = test::MakePixels(24, 16, [](uint32_t x, uint32_t y) { return (x + y) % 16; });
     std::string runs;
     for (int row = 0; row < 16; ++row)
         runs += std::string("\x18\x05\0\0", 4);
     runs += std::string("\0\1", 2);
-    return {test::MakeBmp(24, 16, {.palette = {}, .masks = {}, .pixelData = test::PackBmpRows(pixels, 24)}),
-            test::MakeBmp(24, 16, {.bits = 8, .compression = 1, .palette = palette, .masks = {}, .pixelData = runs}),
-            test::MakePng(opaque),
-            test::MakePng(opaque, true),
-            test::MakeJpeg(pixels, JpegKind::kColor, false),
-            test::MakeJpeg(pixels, JpegKind::kInks, true),
-            test::MakeGif(indices, {.palette = palette, .transparent = 3})};
+    const PictureSamples& samples = Samples();
+    return {
+        test::MakeBmp(24, 16, {.palette = {}, .masks = {}, .pixelData = test::PackBmpRows(ColorfulPixels(24, 16), 24)}),
+        test::MakeBmp(24, 16,
+                      {.bits = 8, .compression = 1, .palette = MakePalette(16), .masks = {}, .pixelData = runs}),
+        samples.png,
+        samples.interlacedPng,
+        samples.jpeg,
+        samples.progressiveJpeg,
+        samples.gif};
 }
 
 TEST(PictureHostile, FilesThatAreCutOff)
@@ -333,35 +203,25 @@ TEST(PictureHostile, GiantSizesAreRefusedAtOnce)
         {.bits = 8, .compression = 1, .palette = MakePalette(2), .masks = {}, .pixelData = std::string("\0\1", 2)})));
     EXPECT_TRUE(IsRefused(test::MakeBmp(0x7FFFFFFF, 1, {.palette = {}, .masks = {}, .pixelData = "123"})));
 
-    std::string png = test::MakePng({1, 1, {0}});
+    std::string png = Samples().png;
     png.replace(16, 8, std::string("\0\0\x40\0\0\0\x40\0", 8));  // 16384 x 16384; the checksum is wrong as well
     EXPECT_TRUE(IsRefused(png));
 
-    std::string jpeg = test::MakeJpeg(ColorfulPixels(), JpegKind::kColor, true);
+    std::string jpeg = Samples().progressiveJpeg;
     const std::size_t frame = jpeg.find("\xFF\xC2");
     ASSERT_NE(frame, std::string::npos);
     jpeg.replace(frame + 5, 4, "\xFF\xFF\xFF\xFF");
     EXPECT_TRUE(IsRefused(jpeg));
 
-    std::string gif = test::MakeGif({2, 1, {0, 1}}, {.palette = {0, 0xFFFFFF}});
+    std::string gif = Samples().gif;
     gif.replace(6, 4, "\xFF\xFF\xFF\xFF");
     EXPECT_TRUE(IsRefused(gif));
     EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(2));
 }
 
-// A progressive file whose scans say in a few bytes that nothing changes in sixteen million pixels, over and over.
-TEST(PictureHostile, EndlessScansAreRefused)
+TEST(PictureKinds, TransparencyOfAPngLetsWhiteThrough)
 {
-    Pixels gray{4095, 4095, {}};
-    gray.values.assign(std::size_t{gray.width} * gray.height, 0x808080);
-    std::string jpeg = test::MakeJpeg(gray, JpegKind::kGray, true);
-    ASSERT_FALSE(IsRefused(jpeg));
-    const std::size_t lastScan = jpeg.rfind("\xFF\xDA");
-    const std::string scan = jpeg.substr(lastScan, jpeg.size() - 2 - lastScan);
-    jpeg.resize(jpeg.size() - 2);
-    for (int i = 0; i < 200; ++i)
-        jpeg += scan;
-    EXPECT_TRUE(IsRefused(jpeg));
+    ExpectPixels(Samples().transparentPng, {2, 1, {0xFF7F7F, 0xFFFFFF}});
 }
 
 TEST(PictureKinds, WhatIsNoPictureIsRefused)

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <chrono>
 #include <string>
 #include <vector>
 
-#include "platform/loopback_server.h"
+#include "loopback_server.h"
 
 namespace marbex::platform {
 namespace {
@@ -74,7 +73,7 @@ TEST_F(Tcp, RefusedConnectionFailsAtOnceWithTheSystemsNumber)
     server.Stop();
     ASSERT_TRUE(socket->Create());
     EXPECT_FALSE(socket->Connect(kLoopback, server.Port(), 60000));
-    EXPECT_EQ(socket->LastError(), static_cast<uint32_t>(ECONNREFUSED));
+    EXPECT_EQ(socket->LastError(), tests::kRefusedError);
 }
 
 // A printer that is switched off behind a switch: nobody answers at all. On the loopback a full queue does the same.
@@ -92,7 +91,7 @@ TEST_F(Tcp, UnansweredConnectionEndsWithItsTimeLimit)
         took = std::chrono::steady_clock::now() - start;
     }
     ASSERT_FALSE(answered);
-    EXPECT_EQ(waiting.back()->LastError(), static_cast<uint32_t>(ETIMEDOUT));
+    EXPECT_EQ(waiting.back()->LastError(), tests::kTimedOutError);
     EXPECT_GE(took, std::chrono::milliseconds(200));
     EXPECT_LT(took, std::chrono::seconds(5));
 }

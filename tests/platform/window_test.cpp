@@ -1,14 +1,12 @@
 #include "platform/window.h"
 
 #include <gtest/gtest.h>
-#include <marbex/message_pump.h>
-#include <poll.h>
 
-#include <atomic>
 #include <thread>
 #include <vector>
 
 #include "platform/kernel.h"
+#include "platform/window_recorder.h"
 
 namespace marbex::platform {
 namespace {
@@ -16,53 +14,7 @@ namespace {
 constexpr uint32_t kLimit = 30000;
 constexpr uint32_t kMessage = kFirstApplicationMessage + 1;
 
-// Keeps what comes, and does what a test asks for on the way.
-class Recorder : public WindowProcedure {
-public:
-    int OnCreate() override
-    {
-        owner = std::this_thread::get_id();
-        return refuses ? -1 : 0;
-    }
-
-    void OnDestroy() override
-    {
-        EXPECT_FALSE(destroyed);
-        destroyed = true;
-        destroyedOn = std::this_thread::get_id();
-    }
-
-    intptr_t WindowProc(uint32_t message, uintptr_t wParam, intptr_t lParam,
-                        const std::function<intptr_t()>& defaultProcedure) override
-    {
-        EXPECT_EQ(std::this_thread::get_id(), owner);
-        EXPECT_FALSE(destroyed);
-        messages.push_back(message);
-        words.push_back(wParam);
-        longs.push_back(lParam);
-        if (onMessage) onMessage(wParam);
-        return defaultProcedure();
-    }
-
-    std::unique_ptr<Window> Create() { return Window::Create("Recorder", "Recorder", *this); }
-
-    bool refuses = false;
-    bool destroyed = false;
-    std::thread::id owner;
-    std::thread::id destroyedOn;
-    std::vector<uint32_t> messages;
-    std::vector<uintptr_t> words;
-    std::vector<intptr_t> longs;
-    std::function<void(uintptr_t wParam)> onMessage;
-};
-
 using Words = std::vector<uintptr_t>;
-
-bool Readable(int descriptor)
-{
-    pollfd asked{descriptor, POLLIN, 0};
-    return poll(&asked, 1, 0) == 1;
-}
 
 TEST(WindowMessages, RunInOrderAndOnlyWhenTheThreadRunsThem)
 {
@@ -98,7 +50,7 @@ TEST(WindowMessages, AreRefusedByAFullQueue)
     Recorder recorder;
     auto window = recorder.Create();
     uint32_t accepted = 0;
-    while (window->Post(kMessage, accepted, 0))
+    while (accepted < 20000 && window->Post(kMessage, accepted, 0))
         ++accepted;
     EXPECT_EQ(accepted, 10000U);
     EXPECT_TRUE(RunOneMessage());
@@ -328,6 +280,39 @@ TEST(WindowLife, DestructionThatWasPostedHappensAtTheLatestWithTheThread)
     EXPECT_EQ(recorder.destroyedOn, recorder.owner);
 }
 
+// So it does on a thread that was not started here.
+TEST(WindowLife, EndsWithAThreadOfTheApplications)
+{
+    Recorder given;
+    Recorder kept;
+    const auto ready = Event::Create("", ResetMode::kManual, false);
+    const auto mayEnd = Event::Create("", ResetMode::kManual, false);
+    std::unique_ptr<Window> givenUp;
+    std::unique_ptr<Window> survivor;
+    std::thread owner([&] {
+        givenUp = given.Create();
+        survivor = kept.Create();
+        EXPECT_TRUE(survivor->Post(kMessage, 1, 0));
+        ready->Set();
+        EXPECT_TRUE(WaitForOne(*mayEnd, kLimit).Obtained());
+    });
+    ASSERT_TRUE(WaitForOne(*ready, kLimit).Obtained());
+    givenUp.reset();
+    EXPECT_FALSE(given.destroyed);
+    mayEnd->Set();
+    owner.join();
+    EXPECT_TRUE(given.destroyed);
+    EXPECT_EQ(given.destroyedOn, given.owner);
+
+    EXPECT_FALSE(kept.destroyed);
+    EXPECT_FALSE(survivor->Post(kMessage, 2, 0));
+    Words words;
+    survivor->Withdraw(0, 0xFFFFFFFF, [&](uintptr_t word) { words.push_back(word); });
+    EXPECT_EQ(words, Words{1});
+    survivor.reset();
+    EXPECT_TRUE(kept.destroyed);
+}
+
 // Destruction and the end of the thread race; OnDestroy must come exactly once.
 TEST(WindowLife, DestructionRacesWithTheEndOfTheThread)
 {
@@ -360,59 +345,6 @@ TEST(WindowWithdraw, TakesARangeInOrderButNotWhatIsBeingRun)
     EXPECT_EQ(words, (Words{3, 5}));
     EXPECT_EQ(recorder.words, (Words{1, 2}));
     EXPECT_EQ(neighbour.words, Words{4});
-}
-
-TEST(MessageDescriptor, IsReadableExactlyWhileMessagesWait)
-{
-    Recorder recorder;
-    auto window = recorder.Create();
-    EXPECT_TRUE(window->Post(kMessage, 1, 0));
-    const int descriptor = MarbexMessageDescriptor();
-    ASSERT_GE(descriptor, 0);
-    EXPECT_EQ(MarbexMessageDescriptor(), descriptor);
-    EXPECT_TRUE(Readable(descriptor)) << "asked for when a message waited already";
-
-    recorder.onMessage = [&](uintptr_t word) { EXPECT_EQ(Readable(descriptor), word != 2); };
-    EXPECT_TRUE(window->Post(kMessage, 2, 0));
-    EXPECT_EQ(RunWaitingMessages(), 2U);
-    EXPECT_FALSE(Readable(descriptor));
-
-    std::thread([&] { EXPECT_TRUE(window->Post(kMessage, 3, 0)); }).join();
-    EXPECT_TRUE(Readable(descriptor));
-    window->Withdraw(0, 0xFFFFFFFF, [](uintptr_t) {});
-    EXPECT_FALSE(Readable(descriptor));
-
-    EXPECT_TRUE(window->Post(kMessage, 4, 0));
-    window.reset();
-    EXPECT_FALSE(Readable(descriptor)) << "the messages went with the window";
-
-    int elsewhere = -1;
-    std::thread([&] { elsewhere = MarbexMessageDescriptor(); }).join();
-    EXPECT_NE(elsewhere, descriptor);
-}
-
-TEST(RunMessages, WaitsAsLongAsItIsTold)
-{
-    Recorder recorder;
-    const auto window = recorder.Create();
-    EXPECT_EQ(MarbexRunMessages(0), 0);
-    EXPECT_TRUE(window->Post(kMessage, 1, 0));
-    EXPECT_EQ(MarbexRunMessages(0), 1);
-    EXPECT_TRUE(window->Post(kMessage, 2, 0));
-    EXPECT_EQ(MarbexRunMessages(-1), 1) << "what waits is enough";
-
-    const auto poster = Thread::Start([&] { EXPECT_TRUE(window->Post(kMessage, 3, 0)); });
-    EXPECT_EQ(MarbexRunMessages(-1), 1);
-
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_TRUE(window->Post(kMessage, 4, 0));
-    recorder.onMessage = [&](uintptr_t word) {
-        if (word < 6) {
-            EXPECT_TRUE(window->Post(kMessage, word + 1, 0));
-        }
-    };
-    EXPECT_EQ(MarbexRunMessages(30), 3);
-    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
 }
 
 }  // namespace

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/files.h"
+#include "temp_folder.h"
 
 namespace marbex::printer {
 namespace {
@@ -23,9 +23,7 @@ class CPictureTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "pictures-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder_ = pattern;
+        folder_ = tests::MakeTemporaryFolder();
         DebugOutput().clear();
         platform::CaptureDebugOutput([](std::string_view text) { DebugOutput() += text; });
     }

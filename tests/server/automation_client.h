@@ -34,7 +34,7 @@ struct Arg {
         variant.pdispVal = value;
         if (value != nullptr) value->AddRef();
     }
-    Arg(int32_t* value)
+    Arg(LONG* value)
     {
         variant.vt = VT_BYREF | VT_I4;
         variant.plVal = value;
@@ -104,11 +104,10 @@ public:
         if (IDispatch* const dropped = std::exchange(object_, nullptr); dropped != nullptr) dropped->Release();
     }
 
-    DISPID IdOf(std::u16string name) const
+    DISPID IdOf(const std::u16string& name) const
     {
-        OLECHAR* asked = name.data();
         DISPID id = 0;
-        const HRESULT result = object_->GetIDsOfNames(IID_NULL, &asked, 1, LOCALE_SYSTEM_DEFAULT, &id);
+        const HRESULT result = platform::FindName(*object_, name, id);
         EXPECT_EQ(result, id == DISPID_UNKNOWN ? DISP_E_UNKNOWNNAME : S_OK);
         return id;
     }
@@ -133,12 +132,12 @@ public:
             reversed.push_back(argument->variant);
         DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
         VARIANT result;
-        EXCEPINFO exception;
+        EXCEPINFO exception{};
         Outcome outcome;
         outcome.result = object_->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, flags, &parameters, &result, &exception,
                                          &outcome.argumentError);
         outcome.type = result.vt;
-        if (result.vt == VT_I4) outcome.number = result.lVal;
+        if (result.vt == VT_I4) outcome.number = static_cast<int32_t>(result.lVal);
         if (result.vt == VT_BSTR) {
             outcome.isNull = result.bstrVal == nullptr;
             outcome.text = platform::BstrView(result.bstrVal);

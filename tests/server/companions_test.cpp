@@ -61,7 +61,7 @@ TEST_F(Companions, CashDrawerMethodsHaveTheirNumbers)
 {
     OpenPrinter("TALIS");
     const Client drawer(Client::Made(kDrawerClass));
-    int32_t data = 100;
+    LONG data = 100;
     BSTR string = nullptr;
     const Row rows[] = {
         {u"OpenService", {u"CashDrawer", u"Till", static_cast<IDispatch*>(nullptr)}},
@@ -94,7 +94,7 @@ TEST_F(Companions, LineDisplayMethodsHaveTheirNumbers)
 {
     OpenPrinter("NESTO");
     const Client display(Client::Made(kDisplayClass));
-    int32_t data = 100;
+    LONG data = 100;
     BSTR string = nullptr;
     const Row rows[] = {
         {u"OpenService", {u"LineDisplay", u"Till", static_cast<IDispatch*>(nullptr)}},
@@ -145,7 +145,7 @@ TEST_F(Companions, FollowThePrinterThatIsOpen)
     OpenPrinter("VELA PC");
     Enable(drawer);
     Enable(display);
-    int32_t time = 200;
+    LONG time = 200;
     EXPECT_EQ(drawer.Number(u"DirectIO", {257, &time, u""}), 0);
     EXPECT_EQ(drawer.Number(u"OpenDrawer"), 77);
     EXPECT_EQ(display.Number(u"DisplayTextAt", {2, 7, u"\u20AC 5", 0}), 77);

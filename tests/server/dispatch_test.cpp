@@ -31,7 +31,7 @@ VARIANT Value(VARTYPE type)
 // Every method once, in the order of the identifiers that clients may have stored.
 TEST_F(Dispatch, EveryMethodHasItsNumberAndReachesItsOperation)
 {
-    int32_t data = 5;
+    LONG data = 5;
     BSTR string = nullptr;
     const struct {
         const char16_t* name;
@@ -114,7 +114,7 @@ TEST_F(Dispatch, NamesAreFoundWithoutRegardToCase)
     EXPECT_EQ(client->IdOf(u"Pr\x0130ntNormal"), DISPID_UNKNOWN);
 
     std::u16string names[] = {u"PrintNormal", u"Station"};
-    OLECHAR* asked[] = {names[0].data(), names[1].data()};
+    OLECHAR* asked[] = {reinterpret_cast<OLECHAR*>(names[0].data()), reinterpret_cast<OLECHAR*>(names[1].data())};
     DISPID ids[2] = {};
     EXPECT_EQ(client->Object()->GetIDsOfNames(IID_NULL, asked, 2, 0, ids), DISP_E_UNKNOWNNAME);
     EXPECT_EQ(ids[0], 18);
@@ -183,7 +183,7 @@ TEST_F(Dispatch, InOutArgumentsAreWrittenBackWhereTheyAreReferences)
 {
     device->newData = 12;
     device->newString = std::u16string(u"\u0080\0\u00FF", 3);
-    int32_t data = 1;
+    LONG data = 1;
     BSTR string = platform::NewBstr(u"old");
     EXPECT_EQ(client->Number(u"DirectIO", {0, &data, &string}), 77);
     EXPECT_EQ(data, 12);

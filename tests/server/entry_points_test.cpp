@@ -1,14 +1,14 @@
-// The server as COM sees it: factories, life, registration, and the library file.
+// The server as COM sees it: factories, life and registration.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
-#include "front_fixture.h"
+#include "automation_client.h"
 #include "platform/registry.h"
 #include "platform/version.h"
-#include "server/class_factories.h"
+#include "registered_text.h"
+#include "temp_registry.h"
 
 namespace marbex::tests {
 namespace {
@@ -75,12 +75,6 @@ TEST(ClassFactories, KeepTheServerWhileTheyAreHeldOrLocked)
     EXPECT_EQ(DllCanUnloadNow(), S_OK);
 }
 
-std::string TextAt(const std::string& key, const char* name = "")
-{
-    const auto value = platform::SystemRegistry().Value("SOFTWARE\\Classes\\" + key, name);
-    return value.has_value() && value->type == platform::RegistryType::kSz ? value->data : "(none)";
-}
-
 TEST(Registration, WritesAndRemovesTheEntriesOfEveryClass)
 {
     const TempRegistry file("[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till]\n@=\"x\"\n");
@@ -96,11 +90,11 @@ TEST(Registration, WritesAndRemovesTheEntriesOfEveryClass)
     EXPECT_EQ(DllRegisterServer(), S_OK) << "again";
     EXPECT_TRUE(std::filesystem::path(platform::ModulePath()).is_absolute());
     for (const auto& [classId, progId] : classes) {
-        EXPECT_EQ(TextAt("CLSID\\" + classId), progId);
-        EXPECT_EQ(TextAt("CLSID\\" + classId + "\\InprocServer32"), platform::ModulePath());
-        EXPECT_EQ(TextAt("CLSID\\" + classId + "\\InprocServer32", "ThreadingModel"), "Apartment");
-        EXPECT_EQ(TextAt("CLSID\\" + classId + "\\ProgID"), progId);
-        EXPECT_EQ(TextAt(progId + "\\CLSID"), classId);
+        EXPECT_EQ(RegisteredText("CLSID\\" + classId), progId);
+        EXPECT_EQ(RegisteredText("CLSID\\" + classId + "\\InprocServer32"), platform::ModulePath());
+        EXPECT_EQ(RegisteredText("CLSID\\" + classId + "\\InprocServer32", "ThreadingModel"), "Apartment");
+        EXPECT_EQ(RegisteredText("CLSID\\" + classId + "\\ProgID"), progId);
+        EXPECT_EQ(RegisteredText(progId + "\\CLSID"), classId);
     }
     const auto& registry = platform::SystemRegistry();
     EXPECT_EQ(registry.Subkeys("SOFTWARE\\Classes\\CLSID")->size(), std::size(classes));
@@ -111,70 +105,6 @@ TEST(Registration, WritesAndRemovesTheEntriesOfEveryClass)
         EXPECT_FALSE(registry.KeyExists("SOFTWARE\\Classes\\" + progId));
     EXPECT_TRUE(registry.KeyExists("SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till"));
     EXPECT_EQ(DllUnregisterServer(), S_OK) << "with nothing there";
-}
-
-TEST(Registration, SaysWhatCouldNotBeWritten)
-{
-    const TempRegistry file;
-    file.WriteRaw("not a registry file\n");
-    capturedLog.clear();
-    platform::CaptureDebugOutput([](std::string_view line) { capturedLog += line; });
-    EXPECT_EQ(DllRegisterServer(), S_OK);
-    platform::CaptureDebugOutput(nullptr);
-    EXPECT_TRUE(capturedLog.starts_with("Registration is incomplete: ")) << capturedLog;
-    EXPECT_EQ(file.Contents(), "not a registry file\n");
-}
-
-class LibraryFile : public testing::Test {
-protected:
-    void SetUp() override
-    {
-        library = dlopen(MARBEX_SERVER_FILE, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(library, nullptr) << dlerror();
-    }
-    void TearDown() override
-    {
-        if (library != nullptr) dlclose(library);
-    }
-    void* Symbol(const char* name) const { return dlsym(library, name); }
-
-    void* library = nullptr;
-};
-
-TEST_F(LibraryFile, ShowsTheEntryPointsAndNothingElse)
-{
-    for (const char* name :
-         {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer", "DllUnregisterServer", "SysAllocString",
-          "SysAllocStringLen", "SysFreeString", "SysStringLen", "SysStringByteLen", "VariantInit", "VariantClear",
-          "VariantChangeType", "MarbexMessageDescriptor", "MarbexRunMessages"}) {
-        EXPECT_NE(Symbol(name), nullptr) << name;
-    }
-    for (const char* name : {"_ZN6marbex8platform14SystemRegistryEv", "_ZN6marbex7support8LogCloseEv"})
-        EXPECT_EQ(Symbol(name), nullptr) << name;
-}
-
-TEST_F(LibraryFile, ServesAClientThatKnowsOnlyTheAutomationHeader)
-{
-    const TempRegistry registry("[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter]\n");
-    const auto getClass = reinterpret_cast<decltype(&DllGetClassObject)>(Symbol("DllGetClassObject"));
-    const auto canUnload = reinterpret_cast<decltype(&DllCanUnloadNow)>(Symbol("DllCanUnloadNow"));
-    const auto registerServer = reinterpret_cast<decltype(&DllRegisterServer)>(Symbol("DllRegisterServer"));
-    EXPECT_EQ(registerServer(), S_OK);
-    EXPECT_EQ(TextAt("CLSID\\{B637B615-C43B-40B8-B9D8-B6E29E80AA6D}\\InprocServer32"),
-              std::filesystem::canonical(MARBEX_SERVER_FILE).string());
-
-    EXPECT_EQ(canUnload(), S_OK);
-    void* factory = nullptr;
-    ASSERT_EQ(getClass(kPrinterClass, IID_IClassFactory, &factory), S_OK);
-    void* object = nullptr;
-    EXPECT_EQ(static_cast<IClassFactory*>(factory)->CreateInstance(nullptr, IID_IDispatch, &object), S_OK);
-    static_cast<IClassFactory*>(factory)->Release();
-    {
-        const Client client(static_cast<IDispatch*>(object));
-        EXPECT_EQ(client.Number(u"ClaimDevice", {1000}), 106);
-        EXPECT_EQ(canUnload(), S_FALSE);
-    }
-    EXPECT_EQ(canUnload(), S_OK);
 }
 
 }  // namespace

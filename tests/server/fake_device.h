@@ -61,6 +61,7 @@ public:
         State = 1;
         return answer;
     }
+    void ControlObjectGone() override { calls_.emplace_back("ControlObjectGone()"); }
     int32_t ClaimDevice(int32_t Timeout) override { return Note("ClaimDevice", Timeout); }
     int32_t GetOpenResult() override { return Note("GetOpenResult"); }
     int32_t COFreezeEvents(bool Freeze) override { return Note("COFreezeEvents", Freeze); }

@@ -1,14 +1,12 @@
 // The server with its own devices: every model, and a printer that is not there.
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <string>
 
 #include "automation_client.h"
 #include "device/process_state.h"
+#include "loopback_server.h"
 #include "support/printer_tables.h"
 #include "temp_registry.h"
 
@@ -17,21 +15,21 @@ namespace {
 
 // A control object without a life of its own: it has the callbacks, and none may come.
 struct SilentControl : IDispatch {
-    HRESULT QueryInterface(REFIID, void** object) override
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
     {
         *object = static_cast<IDispatch*>(this);
         return S_OK;
     }
-    ULONG AddRef() override { return 2; }
-    ULONG Release() override { return 1; }
-    HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT GetIDsOfNames(REFIID, OLECHAR**, UINT, LCID, DISPID* ids) override
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, OLECHAR**, UINT, LCID, DISPID* ids) override
     {
         ids[0] = ++asked;
         return S_OK;
     }
-    HRESULT Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override
     {
         ADD_FAILURE() << "callback " << id;
         return E_UNEXPECTED;
@@ -39,34 +37,12 @@ struct SilentControl : IDispatch {
     DISPID asked = 0;
 };
 
-// A port of this machine on which nobody listens: taken, and never opened to connections.
-class DeafPort {
-public:
-    DeafPort()
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        EXPECT_EQ(bind(descriptor_, reinterpret_cast<const sockaddr*>(&address), size), 0);
-        EXPECT_EQ(getsockname(descriptor_, reinterpret_cast<sockaddr*>(&address), &size), 0);
-        number_ = ntohs(address.sin_port);
-    }
-    ~DeafPort() { close(descriptor_); }
-    DeafPort(const DeafPort&) = delete;
-    DeafPort& operator=(const DeafPort&) = delete;
-
-    std::string Dword() const
-    {
-        char text[24];
-        std::snprintf(text, sizeof text, "dword:%08x", number_);
-        return text;
-    }
-
-private:
-    const int descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    unsigned number_ = 0;
-};
+std::string Dword(uint16_t number)
+{
+    char text[24];
+    std::snprintf(text, sizeof text, "dword:%08x", unsigned{number});
+    return text;
+}
 
 TEST(WholeServer, EveryModelAnswersWhenItsPrinterCannotBeReached)
 {
@@ -79,7 +55,7 @@ TEST(WholeServer, EveryModelAnswersWhenItsPrinterCannotBeReached)
         registry.Write(
             "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till]\n"
             "@=\"Service.MarbexOposPrnDriver\"\n\"PortType\"=dword:00000001\n\"IPAddress\"=\"127.0.0.1\"\n\"Port\"=" +
-            port.Dword() + "\n\"PrinterModel\"=\"" + model.Name + "\"\n");
+            Dword(port.Number()) + "\n\"PrinterModel\"=\"" + model.Name + "\"\n");
         EXPECT_EQ(client.Number(u"OpenService", {u"POSPrinter", u"Till", static_cast<IDispatch*>(nullptr)}), 104);
         EXPECT_EQ(client.Number(u"OpenService", {u"POSPrinter", u"Till", &control}), 111);
         EXPECT_EQ(client.Number(u"GetOpenResult"), 306);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -11,6 +11,7 @@
 #include "opos/common.h"
 #include "opos/printer.h"
 #include "spooler/request_log.h"
+#include "temp_folder.h"
 
 namespace marbex::spooler {
 namespace {
@@ -39,12 +40,7 @@ std::string GrayBmp(uint32_t width, uint32_t height, uint8_t gray)
 
 class BitmapRequestTest : public testing::Test {
 protected:
-    void SetUp() override
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "bitmaps-XXXXXX").string();
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        folder_ = pattern;
-    }
+    void SetUp() override { folder_ = tests::MakeTemporaryFolder(); }
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
     std::string Write(const std::string& bytes)
@@ -133,7 +129,9 @@ TEST_F(BitmapRequestTest, Refusals)
 {
     const std::string text = Write("no picture");
     EXPECT_EQ(Prepare(text, 100), OPOS_E_NOEXIST);
-    EXPECT_EQ(test::RequestLog::Take().back(), "[CPrintSpoolerOrven] --- PrintBitmap - Load Image " + text + " NOT OK");
+    // A line of the log is cut at its length.
+    const std::string refusal = "[CPrintSpoolerOrven] --- PrintBitmap - Load Image " + text + " NOT OK";
+    EXPECT_EQ(test::RequestLog::Take().back(), refusal.substr(0, 124 - std::strlen("[2026/01/01 00:00:00:0000]")));
     EXPECT_EQ(Prepare(folder_.string(), 100), OPOS_E_NOEXIST);
     EXPECT_EQ(Prepare((folder_ / "missing.png").string(), 100), OPOS_E_NOEXIST);
     const std::string file = Write(GrayBmp(2, 2, 0));

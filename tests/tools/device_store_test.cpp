@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/files.h"
 #include "temp_registry.h"
 
 namespace marbex::tools {
@@ -96,18 +95,6 @@ TEST_F(DeviceStoreTest, RefusesWhatCannotWorkAndLeavesTheRegistryAlone)
     std::string problem;
     EXPECT_FALSE(ParseAssignment("Sped=9600", problem));
     EXPECT_EQ(problem, "no field Sped (marbex-opos devices fields)");
-}
-
-TEST_F(DeviceStoreTest, NeverTouchesAFileItCannotRead)
-{
-    const std::string broken = "Windows Registry Editor Version 5.00\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE]\nrubbish\n";
-    registry_.WriteRaw(broken);
-    platform::CaptureDebugOutput([](std::string_view) {});
-    EXPECT_NE(store_.RegistryProblem().find("registry.reg:4:"), std::string::npos) << store_.RegistryProblem();
-    EXPECT_NE(Add("Till1", {}).find("registry.reg:4:"), std::string::npos);
-    EXPECT_NE(store_.Remove("Till1").find("registry.reg:4:"), std::string::npos);
-    platform::CaptureDebugOutput(nullptr);
-    EXPECT_EQ(registry_.Contents(), broken);
 }
 
 TEST_F(DeviceStoreTest, LeavesOtherMakersEntriesAlone)

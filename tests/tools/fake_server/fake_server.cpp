@@ -1,23 +1,51 @@
 // A server with the entry points of the real one and one object behind all classes. It answers a call with a
 // description of what reached it, and posts events that only running the messages delivers.
 
-#include <cstring>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
-#include "marbex/message_pump.h"
 #include "platform/automation.h"
 #include "platform/text.h"
+#include "platform/window.h"
 
 namespace {
 
 using marbex::platform::BstrView;
+using marbex::platform::NameView;
 using marbex::platform::NewBstr;
 using marbex::platform::Utf16FromUtf8;
 using marbex::platform::Utf8FromUtf16;
 
-std::deque<std::function<void()>> messages;
+// Runs what was posted when the thread runs its messages.
+class Messages final : public marbex::platform::WindowProcedure {
+public:
+    Messages() : window_(marbex::platform::Window::Create("FakeServerWindow", "fake server", *this)) {}
+
+    void Post(std::function<void()> message)
+    {
+        messages_.push_back(std::move(message));
+        window_->Post(marbex::platform::kFirstApplicationMessage, 0, 0);
+    }
+
+    int OnCreate() override { return 0; }
+    void OnDestroy() override {}
+    intptr_t WindowProc(uint32_t message, uintptr_t, intptr_t,
+                        const std::function<intptr_t()>& defaultProcedure) override
+    {
+        if (message != marbex::platform::kFirstApplicationMessage) return defaultProcedure();
+        const std::function<void()> first = std::move(messages_.front());
+        messages_.pop_front();
+        first();
+        return 0;
+    }
+
+private:
+    std::deque<std::function<void()>> messages_;
+    std::unique_ptr<marbex::platform::Window> window_;
+};
 
 std::string Describe(const VARIANT& argument)
 {
@@ -41,39 +69,38 @@ std::string Describe(const VARIANT& argument)
 
 void CallBack(IDispatch* controlObject, const char* name, DISPPARAMS& parameters)
 {
-    std::u16string wide = Utf16FromUtf8(name);
-    OLECHAR* names = wide.data();
     DISPID id = DISPID_UNKNOWN;
-    if (FAILED(controlObject->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_SYSTEM_DEFAULT, &id))) return;
+    if (FAILED(marbex::platform::FindName(*controlObject, Utf16FromUtf8(name), id))) return;
     controlObject->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr);
 }
 
 class FakeObject final : public IDispatch {
 public:
-    HRESULT QueryInterface(REFIID, void** object) override
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override
     {
         *object = static_cast<IDispatch*>(this);
         AddRef();
         return S_OK;
     }
-    ULONG AddRef() override { return ++references_; }
-    ULONG Release() override
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() override
     {
         const ULONG left = --references_;
         if (left == 0) delete this;
         return left;
     }
-    HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
 
-    HRESULT GetIDsOfNames(REFIID, OLECHAR** names, UINT, LCID, DISPID* ids) override
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, OLECHAR** names, UINT, LCID, DISPID* ids) override
     {
-        lastName_ = Utf8FromUtf16(names[0]);
+        lastName_ = Utf8FromUtf16(NameView(names[0]));
         ids[0] = 1;
         return lastName_ == "SetLogo" ? DISP_E_UNKNOWNNAME : S_OK;
     }
 
-    HRESULT Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO*, UINT*) override
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT* result, EXCEPINFO*,
+                                     UINT*) override
     {
         received_ = lastName_;
         for (UINT at = parameters->cArgs; at > 0; --at)
@@ -92,10 +119,10 @@ public:
     }
 
 private:
-    ~FakeObject() { messages.clear(); }
+    ~FakeObject() = default;
 
     // Text 1000001 is what the last call received; any other is null.
-    HRESULT AnswerText(int32_t index, VARIANT& result)
+    HRESULT AnswerText(LONG index, VARIANT& result)
     {
         result.vt = VT_BSTR;
         result.bstrVal = index == 1000001 ? NewBstr(Utf16FromUtf8(before_)) : nullptr;
@@ -111,8 +138,8 @@ private:
         const std::u16string text = std::u16string(BstrView(*parameters.rgvarg[0].pbstrVal)) + u"\x1B\"\\\x00E9\x0085";
         SysFreeString(*parameters.rgvarg[0].pbstrVal);
         *parameters.rgvarg[0].pbstrVal = NewBstr(text);
-        messages.emplace_back([this, text] {
-            int32_t data = 3;
+        messages_.Post([this, text] {
+            LONG data = 3;
             BSTR copy = NewBstr(text);
             VARIANT arguments[3]{};
             arguments[0].vt = VT_BSTR | VT_BYREF;
@@ -128,10 +155,10 @@ private:
         return S_OK;
     }
 
-    void PostStatusUpdate(int32_t status)
+    void PostStatusUpdate(LONG status)
     {
         before_ = received_;
-        messages.emplace_back([this, status] {
+        messages_.Post([this, status] {
             VARIANT argument{};
             argument.vt = VT_I4;
             argument.lVal = status;
@@ -141,9 +168,9 @@ private:
     }
 
     // Reports an error inside the call, as a synchronous job does, and returns the answer.
-    int32_t FireError()
+    LONG FireError()
     {
-        int32_t response = 99;
+        LONG response = 99;
         VARIANT arguments[4]{};
         arguments[0].vt = VT_I4 | VT_BYREF;
         arguments[0].plVal = &response;
@@ -162,29 +189,28 @@ private:
     std::string received_;
     std::string before_;
     IDispatch* controlObject_ = nullptr;
+    Messages messages_;
 };
 
 class FakeFactory final : public IClassFactory {
 public:
-    HRESULT QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG AddRef() override { return 2; }
-    ULONG Release() override { return 1; }
-    HRESULT CreateInstance(IUnknown*, REFIID, void** object) override
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID, void** object) override
     {
         *object = static_cast<IDispatch*>(new FakeObject);
         return S_OK;
     }
-    HRESULT LockServer(int32_t) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 };
 
 constexpr CLSID kLineDisplay{0x3B9304F2, 0x526B, 0x4F11, {0x9A, 0x2F, 0xD8, 0x5E, 0xE3, 0x6B, 0xD2, 0x09}};
 
 }  // namespace
 
-extern "C" {
-
 // The fake makes no line displays.
-[[gnu::visibility("default")]] HRESULT DllGetClassObject(REFCLSID classId, REFIID, void** object)
+STDAPI DllGetClassObject(REFCLSID classId, REFIID, void** object)
 {
     static FakeFactory factory;
     if (classId == kLineDisplay) return CLASS_E_CLASSNOTAVAILABLE;
@@ -192,27 +218,17 @@ extern "C" {
     return S_OK;
 }
 
-[[gnu::visibility("default")]] HRESULT DllRegisterServer()
+STDAPI DllCanUnloadNow()
 {
-    return S_OK;
-}
-[[gnu::visibility("default")]] HRESULT DllUnregisterServer()
-{
-    return S_OK;
-}
-[[gnu::visibility("default")]] int MarbexMessageDescriptor()
-{
-    return -1;
+    return S_FALSE;
 }
 
-[[gnu::visibility("default")]] int32_t MarbexRunMessages(int32_t)
+STDAPI DllRegisterServer()
 {
-    int32_t count = 0;
-    for (; !messages.empty(); ++count) {
-        const std::function<void()> message = messages.front();
-        messages.pop_front();
-        message();
-    }
-    return count;
+    return S_OK;
 }
+
+STDAPI DllUnregisterServer()
+{
+    return S_OK;
 }

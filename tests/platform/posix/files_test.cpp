@@ -1,0 +1,99 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "platform/clock.h"
+#include "platform/posix/unique_fd.h"
+#include "platform/registry.h"
+#include "platform/version.h"
+#include "temp_registry.h"
+
+namespace marbex::platform {
+namespace {
+
+using tests::TempRegistry;
+
+TEST(NativePath, DrivesLieBesideTheRegistryFile)
+{
+    const TempRegistry registry;
+    const std::string drive = registry.Folder() + "/drive_c";
+    EXPECT_EQ(NativePath("C:"), drive);
+    EXPECT_EQ(NativePath("c:\\logs\\a.txt"), drive + "/logs/a.txt");
+    EXPECT_EQ(NativePath("C:\\\\a.txt"), drive + "/a.txt");
+    EXPECT_TRUE(std::filesystem::is_directory(drive)) << "a drive is always there";
+    EXPECT_EQ(NativePath("D:x"), registry.Folder() + "/drive_d/x");
+    EXPECT_EQ(NativePath("/var/log\\SOLogFile1.txt"), "/var/log/SOLogFile1.txt");
+    EXPECT_EQ(NativePath("/var/log/\\SOLogFile1.txt"), "/var/log/SOLogFile1.txt");
+    EXPECT_EQ(NativePath("logo.bmp"), "logo.bmp");
+}
+
+TEST(Files, TwoOfOneProcessAppendToOneFile)
+{
+    const TempRegistry registry;
+    const auto one = OpenForAppend("C:\\a.log");
+    const auto other = OpenForAppend("C:\\a.log");
+    ASSERT_TRUE(one && other);
+    EXPECT_TRUE(one->Append("two\n") && other->Append("three\n") && one->Append("four\n"));
+    EXPECT_EQ(registry.ContentsBelow("drive_c/a.log"), "two\nthree\nfour\n");
+}
+
+// A pipe nobody reads must not hold up whoever is told to write into it.
+TEST(Files, PipesAreLeftAlone)
+{
+    const TempRegistry registry;
+    ASSERT_EQ(mkfifo(NativePath("C:\\pipe").c_str(), 0600), 0);
+    EXPECT_EQ(OpenForAppend("C:\\pipe"), nullptr);
+    EXPECT_FALSE(AppendExclusively("C:\\pipe", "x"));
+    EXPECT_FALSE(ReadWholeFile("C:\\pipe", 100));
+}
+
+TEST(Files, AppendExclusivelyGivesWayToAReader)
+{
+    const TempRegistry registry;
+    ASSERT_TRUE(AppendExclusively("C:\\events", "A1\r\n"));
+    {
+        const UniqueFd reader(open(NativePath("C:\\events").c_str(), O_RDONLY));
+        ASSERT_EQ(flock(reader.Get(), LOCK_EX | LOCK_NB), 0);
+        EXPECT_FALSE(AppendExclusively("C:\\events", "B2\r\n"));
+    }
+    EXPECT_TRUE(AppendExclusively("C:\\events", "C3\r\n"));
+    EXPECT_EQ(registry.ContentsBelow("drive_c/events"), "A1\r\nC3\r\n");
+}
+
+TEST(Clock, StampsAreLocalTime)
+{
+    setenv("TZ", "XYZ-5:30", 1);
+    tzset();
+    const time_t before = time(nullptr);
+    const LocalTime now = Now();
+    const time_t after = time(nullptr);
+    tm fields{};
+    fields.tm_year = now.year - 1900;
+    fields.tm_mon = now.month - 1;
+    fields.tm_mday = now.day;
+    fields.tm_hour = now.hour;
+    fields.tm_min = now.minute;
+    fields.tm_sec = now.second;
+    const time_t asUtc = timegm(&fields) - (5 * 60 + 30) * 60;
+    EXPECT_LE(before, asUtc);
+    EXPECT_LE(asUtc, after);
+    EXPECT_GE(now.millisecond, 0);
+    EXPECT_LE(now.millisecond, 999);
+    unsetenv("TZ");
+    tzset();
+}
+
+TEST(Version, ModuleSaysWhoItIs)
+{
+    EXPECT_EQ(ModuleFileVersion(), "1, 0, 0, 0");
+    EXPECT_TRUE(ModulePath().starts_with('/') && ModulePath().ends_with("platform_test")) << ModulePath();
+}
+
+}  // namespace
+}  // namespace marbex::platform
