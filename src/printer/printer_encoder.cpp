@@ -164,7 +164,6 @@ void CPrinterEncoder::CleanBoth()
 
 int32_t CPrinterEncoder::GetStatus(PrinterStatus& status, bool /*askNearEnd*/, uint32_t* fullStatus)
 {
-    failed.store(false);
     if (traits.status == StatusVariant::kReferenceCleansOutput) {
         CleanOutput();
     } else {
@@ -174,7 +173,8 @@ int32_t CPrinterEncoder::GetStatus(PrinterStatus& status, bool /*askNearEnd*/, u
     uint32_t told = 0;
     const bool answered = QueryStatus(Link(), traits.status, status, told);
     if (fullStatus != nullptr) *fullStatus = told;
-    if (!answered || status.flags[PrinterStatus::kPaperJam] != 0) failed.store(true);
+    // Once, at the end: a health check on another thread must not find a silent printer healthy while it is asked.
+    failed.store(!answered || status.flags[PrinterStatus::kPaperJam] != 0);
     return answered ? 0 : 1;
 }
 
