@@ -2,9 +2,9 @@
 
 // Files, and the debugger's output. Paths go through NativePath (registry.h) here, callers do not. Any thread.
 //
-// Windows: a path is UTF-8, as it comes from the registry; one that is not well-formed UTF-8 is taken as text in the
-// ANSI code page, as it comes from the application. Pipes and devices are no files: writing into one could take for
-// ever.
+// A path is UTF-8, as it comes from the registry; one that is not well-formed UTF-8 is taken as text in the ANSI code
+// page, as it comes from the application (POSIX: unless a file has just those bytes for its name). Windows: pipes and
+// devices are no files, since writing into one could take for ever.
 
 #include <cstdint>
 #include <memory>
@@ -29,8 +29,8 @@ std::unique_ptr<AppendFile> OpenForAppend(const std::string& path);
 bool FileExists(const std::string& path);       // can be opened for reading
 bool CreateEmptyFile(const std::string& path);  // replaces an existing one by an empty one
 
-// Opens (creating it when missing) with no other writer or reader allowed, appends, closes; false when it cannot be had
-// now. POSIX: a non-blocking advisory lock on the whole file.
+// Opens (creating it when missing) with no other writer or reader allowed, appends all or nothing, closes; false when it
+// cannot be had now or is not written. POSIX: a non-blocking advisory lock on the whole file.
 bool AppendExclusively(const std::string& path, std::string_view bytes);
 
 // The whole file; none when it cannot be read or is larger than limit. errno is set when the system says why.

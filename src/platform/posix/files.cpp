@@ -11,6 +11,8 @@
 #include "platform/posix/unique_fd.h"
 #include "platform/posix/whole_write.h"
 #include "platform/registry.h"
+#include "platform/text.h"
+#include "platform/unicode.h"
 
 // Every file is opened with O_NONBLOCK: it changes nothing for a file on disk, and a configured path that turns out to
 // be a named pipe must not hold up the till until somebody opens its other end.
@@ -21,9 +23,17 @@ namespace {
 
 constexpr mode_t kNewFileMode = 0644;
 
-UniqueFd Open(const std::string& path, int flags)
+// What the application passes is text of the ANSI code page. A name in other bytes than UTF-8 may yet be a file's.
+std::string SystemPath(const std::string& path)
 {
     const std::string native = NativePath(path);
+    if (IsUtf8(path) || access(native.c_str(), F_OK) == 0) return native;
+    return NativePath(Utf8FromUtf16(WidenAnsi(path)));
+}
+
+UniqueFd Open(const std::string& path, int flags)
+{
+    const std::string native = SystemPath(path);
     for (;;) {
         const int fd = open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kNewFileMode);
         if (fd >= 0 || errno != EINTR) return UniqueFd(fd);
@@ -45,7 +55,7 @@ bool StillNamed(int fd, const std::string& path)
 {
     struct stat open {};
     struct stat named {};
-    return fstat(fd, &open) == 0 && stat(NativePath(path).c_str(), &named) == 0 && open.st_dev == named.st_dev &&
+    return fstat(fd, &open) == 0 && stat(SystemPath(path).c_str(), &named) == 0 && open.st_dev == named.st_dev &&
            open.st_ino == named.st_ino;
 }
 
@@ -74,7 +84,12 @@ bool AppendExclusively(const std::string& path, std::string_view bytes)
 {
     const UniqueFd fd = Open(path, O_WRONLY | O_CREAT | O_APPEND);
     if (!fd || flock(fd.Get(), LOCK_EX | LOCK_NB) != 0 || !StillNamed(fd.Get(), path)) return false;
-    return WriteAll(fd.Get(), bytes);
+    struct stat before {};
+    if (fstat(fd.Get(), &before) != 0) return false;
+    if (WriteAll(fd.Get(), bytes)) return true;
+    if (S_ISREG(before.st_mode)) [[maybe_unused]]
+        const int cut = ftruncate(fd.Get(), before.st_size);
+    return false;
 }
 
 std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit)

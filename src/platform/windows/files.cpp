@@ -86,8 +86,14 @@ bool CreateEmptyFile(const std::string& path)
 
 bool AppendExclusively(const std::string& path, std::string_view bytes)
 {
-    const UniqueHandle file = OpenAtEnd(path, 0);
-    return file && WriteAll(file.Get(), bytes);
+    const UniqueHandle file = Open(path, GENERIC_WRITE, 0, OPEN_ALWAYS);
+    LARGE_INTEGER end;
+    if (!file || !GetFileSizeEx(file.Get(), &end) || !SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN)) {
+        return false;
+    }
+    if (WriteAll(file.Get(), bytes)) return true;
+    if (SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN)) SetEndOfFile(file.Get());
+    return false;
 }
 
 std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit)

@@ -3,14 +3,18 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 
 #include "platform/clock.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/registry.h"
+#include "platform/text.h"
 #include "platform/version.h"
 #include "temp_registry.h"
 
@@ -64,6 +68,38 @@ TEST(Files, AppendExclusivelyGivesWayToAReader)
     }
     EXPECT_TRUE(AppendExclusively("C:\\events", "C3\r\n"));
     EXPECT_EQ(registry.ContentsBelow("drive_c/events"), "A1\r\nC3\r\n");
+}
+
+// What a full disk cut short must not stay in front of the next record.
+TEST(Files, AppendExclusivelyWritesAllOrNothing)
+{
+    const TempRegistry registry;
+    ASSERT_TRUE(AppendExclusively("C:\\events", "C\t1|"));
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit tight{6, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
+    EXPECT_FALSE(AppendExclusively("C:\\events", "C\t2|"));
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(registry.ContentsBelow("drive_c/events"), "C\t1|");
+}
+
+TEST(Files, NamesMayBeTextOfTheAnsiCodePage)
+{
+    const TempRegistry registry;
+    LoadAnsiCodePage(SystemRegistry());  // 1252, as this registry says nothing else
+    ASSERT_TRUE(
+        CreateEmptyFile("C:\\Gr\xF6\xDF"
+                        "e.bmp"));
+    EXPECT_TRUE(std::filesystem::exists(registry.Folder() + "/drive_c/Größe.bmp"));
+    EXPECT_TRUE(FileExists("C:\\Gr\xF6\xDF"
+                           "e.bmp") &&
+                FileExists("C:\\Größe.bmp"));
+    // A file of an old disk whose name is in those very bytes.
+    std::ofstream(registry.Folder() + "/drive_c/Ma\xDF.bmp") << "old";
+    EXPECT_EQ(ReadWholeFile("C:\\Ma\xDF.bmp", 9), "old");
 }
 
 TEST(Clock, StampsAreLocalTime)
