@@ -60,12 +60,15 @@ struct AnsiCharacters::DoubleBytePage {
 
 namespace {
 
-constexpr std::array<AnsiCharacters::DoubleBytePage, 5> kDoubleBytePages{{
+constexpr uint32_t kGb18030 = 54936;
+
+constexpr std::array<AnsiCharacters::DoubleBytePage, 6> kDoubleBytePages{{
     {932, {{{0x81, 0x9F}, {0xE0, 0xFC}, {0xFF, 0x00}}}, {{{0x40, 0x7E}, {0x80, 0xFC}, {0xFF, 0x00}}}},
     {936, {{{0x81, 0xFE}, {0xFF, 0x00}, {0xFF, 0x00}}}, {{{0x40, 0x7E}, {0x80, 0xFE}, {0xFF, 0x00}}}},
     {949, {{{0x81, 0xFE}, {0xFF, 0x00}, {0xFF, 0x00}}}, {{{0x41, 0x5A}, {0x61, 0x7A}, {0x81, 0xFE}}}},
     {950, {{{0x81, 0xFE}, {0xFF, 0x00}, {0xFF, 0x00}}}, {{{0x40, 0x7E}, {0xA1, 0xFE}, {0xFF, 0x00}}}},
     {1361, {{{0x84, 0xD3}, {0xD8, 0xDE}, {0xE0, 0xF9}}}, {{{0x31, 0x7E}, {0x81, 0xFE}, {0xFF, 0x00}}}},
+    {kGb18030, {{{0x81, 0xFE}, {0xFF, 0x00}, {0xFF, 0x00}}}, {{{0x40, 0x7E}, {0x80, 0xFE}, {0xFF, 0x00}}}},
 }};
 
 }  // namespace
@@ -94,9 +97,13 @@ std::size_t AnsiCharacters::PlainRun(std::string_view text)
 // Of one character outside ASCII. A first byte without its second is a character of its own, a malformed one.
 std::size_t AnsiCharacters::ForeignLength(std::string_view text) const
 {
-    const bool pair = page_ != nullptr && text.size() >= 2 && Contains(page_->lead, static_cast<uint8_t>(text[0])) &&
-                      Contains(page_->trail, static_cast<uint8_t>(text[1]));
-    return pair ? 2 : 1;
+    const auto isLead = [this](char c) { return Contains(page_->lead, static_cast<uint8_t>(c)); };
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    if (page_ == nullptr || text.size() < 2 || !isLead(text[0])) return 1;
+    if (Contains(page_->trail, static_cast<uint8_t>(text[1]))) return 2;
+    const bool four =
+        page_->codePage == kGb18030 && text.size() >= 4 && isDigit(text[1]) && isLead(text[2]) && isDigit(text[3]);
+    return four ? 4 : 1;
 }
 
 std::size_t AnsiCharacters::ForeignRun(std::string_view text) const

@@ -1,7 +1,8 @@
 #pragma once
 
 // Where characters begin and end in text of an ANSI code page. In the double-byte pages the second byte of a character
-// may look like an ASCII letter; in all the others, UTF-8 included, a byte below 0x80 is always an ASCII character.
+// may look like an ASCII letter, and GB 18030 has characters of four bytes too; in all the others, UTF-8 included, a
+// byte below 0x80 is always an ASCII character.
 
 #include <cstddef>
 #include <cstdint>

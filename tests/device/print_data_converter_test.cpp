@@ -338,6 +338,11 @@ TEST_F(ConverterTest, DoubleByteAnsiPages)
     EXPECT_EQ(Convert("\xB0\xA1\x81\x41\x81[\n"), kOpening + "\x1C%\x02\xB0\xA1\x81\x41?[\n" + kClosing);
     ASSERT_TRUE(UseAnsiCodePage(950));
     EXPECT_EQ(Convert("\xA4\x40|\xA5\x7C\n"), kOpening + "\x1C%\x02\xEC\xE9|\xDE\xCC\n" + kClosing);
+
+    ASSERT_TRUE(UseAnsiCodePage(54936));
+    sets = Sets({0, 240});
+    EXPECT_EQ(Convert("\x81\x40\n"), kOpening + "\x1C%\x01\x81\x40\n" + kClosing);
+    EXPECT_EQ(Convert("\x81\x30\x81\x30\n"), kOpening + "\x1C%\x01\x81\x30\x81\x30\n" + kClosing) << "of four bytes";
 }
 
 // The search for the next special byte goes eight at a time.
