@@ -28,9 +28,14 @@ int32_t PrinterDevice::ClaimDevice(int32_t Timeout)
             milliseconds = static_cast<uint32_t>(Timeout);
         }
         if (semaphore && platform::WaitForOne(*semaphore, milliseconds).Obtained()) {
-            Claimed = 1;
-            DeviceEnabled = 0;
-            SetErrorCode(0, 0);
+            platform::LockHold hold(claimLock_);
+            if (IsClosed() || semaphore != ClaimSemaphore) {
+                semaphore->Release();  // closed while this thread waited; the next one that waits must learn of it too
+            } else {
+                Claimed = 1;
+                DeviceEnabled = 0;
+                SetErrorCode(0, 0);
+            }
         }
     }
     LogWrite("[%s] ClaimDevice End", tag_);

@@ -77,6 +77,14 @@ void PrinterDevice::BeginClosing()
 
 void PrinterDevice::FinishClosing()
 {
+    CloseComponents();
+    ControlObject_.Detach();
+    support::LogClose();
+    BecomeClosed();
+}
+
+void PrinterDevice::CloseComponents()
+{
     const bool windowThread = Events.IsWindowThread();
     if (windowThread) ++windowOperations_;  // a wait below runs messages
     Spooler.Close();
@@ -85,12 +93,15 @@ void PrinterDevice::FinishClosing()
     ClosePort();
     {
         platform::LockHold hold(claimLock_);
+        if (ClaimSemaphore && Claimed.load() != 0) ClaimSemaphore->Release();  // for a thread that waits to claim
         ClaimSemaphore.reset();
+        Claimed = 0;
     }
-    Claimed = 0;
     DeviceEnabled = 0;
-    ControlObject_.Detach();
-    support::LogClose();
+}
+
+void PrinterDevice::BecomeClosed()
+{
     State = opos::OPOS_S_CLOSED;
     closing_ = false;
     closeRunning_ = false;

@@ -97,7 +97,10 @@ void PrinterDevice::Deliver(int32_t code, EventRecord& record)
 void PrinterDevice::DeliverError(ErrorEventRecord& record)
 {
     const uint32_t generation = openGeneration_.load();
-    if (!record.IsResolved()) ChangeState(opos::OPOS_S_ERROR);
+    if (!record.IsResolved()) {
+        ChangeState(opos::OPOS_S_ERROR);
+        DescribeError(record.resultCodeExtended);  // another error may have been fired since this one was
+    }
     int32_t response = record.errorResponse.load();
     if (TheProcess().NetMode()) {
         AppendEvent(events::CB_ERROREVENT, record);
@@ -119,6 +122,7 @@ void PrinterDevice::AppendEvent(int32_t code, const EventRecord& record)
     const std::string line = FileRecord(code, record);
     for (int attempt = 0; attempt < kFileAttempts; ++attempt) {
         if (platform::AppendExclusively(fileName, line)) return;
+        if (closing_.load()) break;  // nobody waits for a reader that keeps the file
         clock_.Sleep(kFileAttemptMilliseconds);
     }
     LogWrite("[%s] EventCallback The event file %s cannot be had, event dropped", tag_, fileName.c_str());

@@ -127,7 +127,8 @@ bool PrinterDevice::OpenSpoolerAndEvents(const DeviceProfileStruct& profile)
     LogWrite("[%s] Error starting the spooler or the event handler", tag_);
     BeginClosing();
     openSettled_->Set();
-    FinishClosing();
+    CloseComponents();
+    BecomeClosed();
     return false;
 }
 

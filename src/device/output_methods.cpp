@@ -34,9 +34,10 @@ int32_t PrinterDevice::RecordSpoolerResult(int32_t packed)
     }
     // A synchronous job that failed reports no completion; the device is not busy with it any longer.
     std::thread::id self = std::this_thread::get_id();
-    if (synchronousThread_.compare_exchange_strong(self, std::thread::id()) && packed != 0 &&
-        State.load() == opos::OPOS_S_BUSY) {
-        ChangeState(opos::OPOS_S_IDLE);
+    if (synchronousDepth_.load() == OperationDepth() &&
+        synchronousThread_.compare_exchange_strong(self, std::thread::id()) && packed != 0 && !closing_.load()) {
+        int32_t busy = opos::OPOS_S_BUSY;
+        State.compare_exchange_strong(busy, opos::OPOS_S_IDLE);
     }
     return ResultCode.load();
 }

@@ -34,7 +34,10 @@ PrinterDevice::~PrinterDevice()
 
 void PrinterDevice::ChangeState(int32_t state)
 {
-    if (!closing_.load()) State = state;
+    // A device that another thread closes meanwhile stays closed.
+    int32_t was = State.load();
+    while (!closing_.load() && was != opos::OPOS_S_CLOSED && !State.compare_exchange_weak(was, state)) {
+    }
 }
 
 void PrinterDevice::SetErrorCode(int32_t code, int32_t extended)

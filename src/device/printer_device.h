@@ -115,6 +115,9 @@ private:
         const bool counted_;
     };
 
+    // How many operations of this device are on the calling thread's stack; 0 on threads that run no messages.
+    int32_t OperationDepth() const { return Events.IsWindowThread() ? windowOperations_.load() : 0; }
+
     // Opening and closing
     int32_t GetRegistryData(const std::string& DeviceName, support::DeviceProfileStruct& Profile);
     void BeginOpening();
@@ -125,6 +128,8 @@ private:
     bool OpenSpoolerAndEvents(const support::DeviceProfileStruct& profile);
     void BeginClosing();
     void FinishClosing();
+    void CloseComponents();
+    void BecomeClosed();
     void ClosePort();
 
     // State
@@ -166,7 +171,8 @@ private:
     static int32_t SpoolerCallback(void* context, int32_t code, intptr_t argument1, intptr_t argument2);
     int32_t OnSpooler(int32_t code, intptr_t argument1, intptr_t argument2);
     int32_t OnPrinterError(const printer::PrinterStatus& status);
-    int32_t FireError(const char* errorString, int32_t resultCode, int32_t resultCodeExtended);
+    void DescribeError(int32_t resultCodeExtended);
+    int32_t FireError(int32_t resultCode, int32_t resultCodeExtended);
     void OnStatusChange(const printer::PrinterStatus& status, uint32_t fullStatus);
     void ReportPaperJam(uint32_t fullStatus, bool answered);
 
@@ -223,7 +229,11 @@ private:
     std::atomic<int32_t> windowOperations_{0};
     std::atomic<uint32_t> openGeneration_{0};  // counts openings, so that a delivery can tell that it outlived one
     const std::unique_ptr<platform::Event> openSettled_;  // manual: the open has succeeded or failed
-    std::atomic<std::thread::id> synchronousThread_{};    // whose synchronous job has begun
+    // Whose synchronous job has begun and not yet ended: an event handler that runs while the job waits may print from
+    // the same thread, deeper.
+    std::atomic<std::thread::id> synchronousThread_{};
+    std::atomic<int32_t> synchronousDepth_{0};
+    std::atomic<int32_t> errorsOut_{0};  // errors fired whose answer is awaited
     std::atomic<bool> paperJam_{false};
 
     PrintDataConverter converter_;

@@ -39,7 +39,10 @@ int32_t PrinterDevice::OnSpooler(int32_t code, intptr_t argument1, intptr_t argu
             OnStatusChange(*reinterpret_cast<const PrinterStatus*>(argument1), static_cast<uint32_t>(argument2));
             break;
         case spooler::CB_BEGINPRINTJOB:
-            if (!Spooler.RunsOnSpoolThread()) synchronousThread_ = std::this_thread::get_id();
+            if (!Spooler.RunsOnSpoolThread()) {
+                synchronousDepth_ = OperationDepth();
+                synchronousThread_ = std::this_thread::get_id();
+            }
             ChangeState(opos::OPOS_S_BUSY);
             LogWrite("[%s] CB_BEGINPRINTJOB", tag_);
             break;
@@ -67,11 +70,11 @@ int32_t PrinterDevice::OnPrinterError(const PrinterStatus& status)
     ChangeState(opos::OPOS_S_ERROR);
     int32_t answer = 0;
     if (status.CoverOpen()) {
-        answer = FireError("Cover Open", opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_COVER_OPEN);
+        answer = FireError(opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_COVER_OPEN);
     } else if (status.PaperEnd()) {
-        answer = FireError("Paper End", opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_REC_EMPTY);
+        answer = FireError(opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_REC_EMPTY);
     } else if (status.NoResponse()) {
-        answer = FireError("Printer disconnected", opos::OPOS_E_NOHARDWARE, 0);
+        answer = FireError(opos::OPOS_E_NOHARDWARE, 0);
     }
     if (polling) {
         ChangeState(before);
@@ -81,17 +84,28 @@ int32_t PrinterDevice::OnPrinterError(const PrinterStatus& status)
     return answer;
 }
 
-int32_t PrinterDevice::FireError(const char* errorString, int32_t resultCode, int32_t resultCodeExtended)
+void PrinterDevice::DescribeError(int32_t resultCodeExtended)
 {
+    const char* description = "Printer disconnected";
+    if (resultCodeExtended == opos::OPOS_EPTR_COVER_OPEN) description = "Cover Open";
+    if (resultCodeExtended == opos::OPOS_EPTR_REC_EMPTY) description = "Paper End";
     ErrorLevel = opos::PTR_EL_RECOVERABLE;
     ErrorStation = opos::PTR_S_RECEIPT;
-    ErrorString.Set(errorString);
+    ErrorString.Set(description);
+}
+
+int32_t PrinterDevice::FireError(int32_t resultCode, int32_t resultCodeExtended)
+{
+    ++errorsOut_;
+    DescribeError(resultCodeExtended);
     // Queued output is retried unless the application says otherwise; in a call of the application's own an error that
     // nobody handles belongs in the call's result.
     const int32_t preset = Spooler.RunsOnSpoolThread() ? opos::OPOS_ER_RETRY : opos::OPOS_ER_CLEAR;
     const int32_t answer = Events.FireErrorEvent(resultCode, resultCodeExtended, preset);
-    ErrorLevel = opos::PTR_EL_NONE;
-    ErrorString.Set({});
+    if (--errorsOut_ == 0) {
+        ErrorLevel = opos::PTR_EL_NONE;
+        ErrorString.Set({});
+    }
     return answer;
 }
 

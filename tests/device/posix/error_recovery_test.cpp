@@ -75,6 +75,55 @@ TEST_F(ErrorRecoveryTest, ASynchronousErrorIsAnsweredInTheCallThatCausedIt)
         server.WaitFor([](const auto& printer) { return printer.Lines() == std::vector<std::string>{"found"}; }));
 }
 
+TEST_F(ErrorRecoveryTest, APrintFromTheErrorHandlerDoesNotTakeTheFailedJobsPlace)
+{
+    Ready();
+    TakeThePrinterAway();
+    control.onEvent = [this](const ControlEvent& event, int32_t* response) {
+        if (event.name != "SOError") return;
+        EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "nested"), OPOS_E_BUSY);
+        *response = OPOS_ER_CONTINUEINPUT;  // neither RETRY nor CLEAR: the job ends, the queue stays
+    };
+    EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "lost"), OPOS_E_NOHARDWARE);
+    EXPECT_EQ(Number(PIDX_State), OPOS_S_IDLE);
+    EXPECT_EQ(device->ReleaseDevice(), 0);
+}
+
+TEST_F(ErrorRecoveryTest, ASilentPrinterStaysUnhealthyWhileItIsAsked)
+{
+    Ready();
+    server.SetMute(true);
+    ASSERT_TRUE(RunUntil([this] { return device->CheckHealth(OPOS_CH_INTERNAL) == OPOS_E_NOHARDWARE; }));
+    // Long enough for the next question to be asked and to stay without an answer.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(3500);
+    EXPECT_TRUE(RunUntil([&] {
+        EXPECT_EQ(device->CheckHealth(OPOS_CH_INTERNAL), OPOS_E_NOHARDWARE);
+        return HasFailure() || std::chrono::steady_clock::now() > end;
+    }));
+    server.SetMute(false);
+    EXPECT_TRUE(RunUntil([this] { return device->CheckHealth(OPOS_CH_INTERNAL) == 0; }));
+}
+
+TEST_F(ErrorRecoveryTest, EveryErrorIsDescribedWhileItIsDelivered)
+{
+    Ready("\"Settings\"=dword:00000002\n");  // a failed status query is an error, too
+    device->COFreezeEvents(true);
+    server.SetMute(true);
+    ASSERT_TRUE(RunUntil([this] { return Number(PIDX_State) == OPOS_S_ERROR; }));
+    control.onEvent = [this](const ControlEvent& event, int32_t*) {
+        if (event.name != "SOError") return;
+        EXPECT_EQ(device->GetPropertyString(PIDXPtr_ErrorString), "Printer disconnected");
+        EXPECT_EQ(Number(PIDXPtr_ErrorLevel), PTR_EL_RECOVERABLE);
+    };
+    std::thread unfreezes([this] {
+        std::this_thread::sleep_for(std::chrono::seconds(4));  // the print below is waiting for its answer by then
+        device->COFreezeEvents(false);
+    });
+    EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "lost"), OPOS_E_NOHARDWARE);
+    unfreezes.join();
+    EXPECT_GE(control.Named("SOError").size(), 2U);
+}
+
 TEST_F(ErrorRecoveryTest, QueuedOutputIsRetriedByDefaultAndNothingIsLost)
 {
     Ready();

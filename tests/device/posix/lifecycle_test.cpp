@@ -1,7 +1,9 @@
-
+#include <fcntl.h>
+#include <sys/file.h>
 
 #include "common/service_log_capture.h"
 #include "device/posix/device_bench.h"
+#include "platform/posix/unique_fd.h"
 
 namespace marbex::test {
 namespace {
@@ -160,7 +162,16 @@ TEST_F(LifecycleTest, EventsGoToTheFileOfANetOpening)
     EXPECT_TRUE(RunUntil([&] { return registry.ContentsBelow("events.txt").size() >= expected.size(); }));
     EXPECT_EQ(registry.ContentsBelow("events.txt"), expected);
 
+    // A reader that keeps the file does not keep the till from closing.
+    const platform::UniqueFd reader(open(file.c_str(), O_RDONLY));
+    ASSERT_EQ(flock(reader.Get(), LOCK_EX | LOCK_NB), 0);
+    Async(true);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "y"), 0);
+    const auto begun = std::chrono::steady_clock::now();
     device->CloseService();
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(10));
+
     EXPECT_EQ(device->OpenService_NET("POSPrinter", "Till", registry.Folder() + "/none/events.txt"), OPOS_E_NOSERVICE);
 }
 
