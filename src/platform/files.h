@@ -29,8 +29,8 @@ std::unique_ptr<AppendFile> OpenForAppend(const std::string& path);
 bool FileExists(const std::string& path);       // can be opened for reading
 bool CreateEmptyFile(const std::string& path);  // replaces an existing one by an empty one
 
-// Opens (creating it when missing) with no other writer or reader allowed, appends all or nothing, closes; false when it
-// cannot be had now or is not written. POSIX: a non-blocking advisory lock on the whole file.
+// Opens (creating it when missing) with no other writer or reader allowed, appends all or nothing, closes; false when
+// it cannot be had now or is not written. POSIX: a non-blocking advisory lock on the whole file.
 bool AppendExclusively(const std::string& path, std::string_view bytes);
 
 // The whole file; none when it cannot be read or is larger than limit. errno is set when the system says why.
