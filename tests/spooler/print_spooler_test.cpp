@@ -337,8 +337,13 @@ TEST_F(PrintSpoolerTest, TheSecondFamilyNumbersJobsItsOwnWayAndPutsAModeBeforeEv
 
 TEST_F(PrintSpoolerTest, AQueuedJobLeavesThisTraceInTheLog)
 {
-    spooler.SetSyncMode();
+    spooler.Close();
     const test::ServiceLogCapture log;
+    OpenWith(spooler);
+    spooler.SetSyncMode();
+    while (!log.Has("[CPrintSpoolerTalis] --- ThreadSpool Suspended"))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    log.Forget();
     EXPECT_EQ(spooler.PrintNormal("Hi", &id), 0);
     const std::vector<std::string> expected = {
         "[CPrintSpoolerTalis] --- PrintNormal Begin",
@@ -358,7 +363,7 @@ TEST_F(PrintSpoolerTest, AQueuedJobLeavesThisTraceInTheLog)
     };
     std::vector<std::string> lines;
     for (const std::string& line : log.Taken()) {
-        // The spool thread may write its own lines in between, and a call may take a millisecond.
+        // The spool thread may wake in between, and a call may take a millisecond.
         if (line.find("ThreadSpool") != std::string::npos || line.find("GetInactivityTime") != std::string::npos)
             continue;
         const std::size_t time = line.find("CALLBACKTIME = ");
