@@ -112,7 +112,7 @@ void PrinterDevice::DeliverError(ErrorEventRecord& record)
     ChangeState(opos::OPOS_S_IDLE);
     ErrorResponse = response;
     record.errorResponse = response;
-    Spooler.NoteAnswer();
+    if (record.origin == events::ErrorOrigin::kJob) Spooler.NoteAnswer(response);
     record.Resolve(response);
 }
 

@@ -101,7 +101,9 @@ int32_t PrinterDevice::FireError(int32_t resultCode, int32_t resultCodeExtended)
     // Queued output is retried unless the application says otherwise; in a call of the application's own an error that
     // nobody handles belongs in the call's result.
     const int32_t preset = Spooler.RunsOnSpoolThread() ? opos::OPOS_ER_RETRY : opos::OPOS_ER_CLEAR;
-    const int32_t answer = Events.FireErrorEvent(resultCode, resultCodeExtended, preset);
+    const int32_t answer =
+        Events.FireErrorEvent(resultCode, resultCodeExtended, preset,
+                              Spooler.ReportsPolling() ? events::ErrorOrigin::kPolling : events::ErrorOrigin::kJob);
     if (--errorsOut_ == 0) {
         ErrorLevel = opos::PTR_EL_NONE;
         ErrorString.Set({});

@@ -25,12 +25,13 @@ constexpr uint32_t kLookMilliseconds = 50;  // how often a wait on the window's 
 
 }  // namespace
 
-int32_t CEventHandler::FireErrorEvent(int32_t resultCode, int32_t resultCodeExtended, int32_t presetAnswer)
+int32_t CEventHandler::FireErrorEvent(int32_t resultCode, int32_t resultCodeExtended, int32_t presetAnswer,
+                                      ErrorOrigin origin)
 {
     LogWrite("[CEventHandler] --- FireErrorEvent Begin (%d, %d)", resultCode, resultCodeExtended);
     const bool net = netMode.load();
     const auto record = std::make_shared<ErrorEventRecord>(resultCode, resultCodeExtended, opos::OPOS_EL_OUTPUT,
-                                                           net ? opos::OPOS_ER_CLEAR : presetAnswer);
+                                                           net ? opos::OPOS_ER_CLEAR : presetAnswer, origin);
     Await(record);
     if (!record->IsResolved()) {
         const bool windowThread = IsWindowThread();

@@ -41,7 +41,8 @@ public:
     virtual void FireOutputCompleteEvent(int32_t outputId);
     // Returns the application's answer. presetAnswer is what the application finds in the response and what stands when
     // it leaves it alone; in NET mode it is OPOS_ER_CLEAR whatever is given.
-    virtual int32_t FireErrorEvent(int32_t resultCode, int32_t resultCodeExtended, int32_t presetAnswer);
+    virtual int32_t FireErrorEvent(int32_t resultCode, int32_t resultCodeExtended, int32_t presetAnswer,
+                                   ErrorOrigin origin);
     virtual void FireStatusUpdateEvent(int32_t data);
     virtual void SetNetMode(bool mode) { netMode = mode; }
     virtual int32_t Clear();  // an error event taken out of the queue is answered OPOS_ER_CLEAR

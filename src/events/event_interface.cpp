@@ -3,15 +3,12 @@
 // Who waits for whom, and why it always ends:
 //
 // - The event thread posts one record and waits for EventProcessingComplete, in slices of 2 s, so that it notices a
-// request to
-//   end even if the window's thread never runs its messages again.
+//   request to end even if the window's thread never runs its messages again.
 // - The window waits for nobody: it hands the record to the handler's callback and signals. What the application does
-// in its
-//   event handler takes as long as it takes; the device and this object are kept alive by references for that time.
+//   in its event handler takes as long as it takes; the device and this object are kept alive by references meanwhile.
 // - Close on the window's thread takes a posted message back and releases the event thread at once. Close on another
-// thread
-//   lets the message arrive late; it is then acknowledged, not delivered, and completes nothing, since it is no longer
-//   the outstanding record.
+//   thread lets the message arrive late; it is then acknowledged, not delivered, and completes nothing, since it is no
+//   longer the outstanding record.
 // - A message whose record is unknown here (any process may post to a window) is not touched.
 
 #include "events/event_interface.h"
@@ -105,6 +102,7 @@ bool CEventInterface::CreateNativeWindow()
     if (!made) return false;
     LockHold hold(lock_);
     native_ = std::move(made);
+    ++windows_;
     self_ = shared_from_this();
     return true;
 }
@@ -244,8 +242,10 @@ void CEventInterface::OnDestroy()
     std::shared_ptr<CEventInterface> self;  // may be the last reference: nothing is touched after it goes
     {
         LockHold hold(lock_);
-        posted_.clear();  // their messages died with the window
-        self = std::move(self_);
+        if (--windows_ == 0) {
+            posted_.clear();  // their messages died with the window
+            self = std::move(self_);
+        }
     }
     LogWrite("[CEventInterface] ------ OnDestroy End");
 }

@@ -74,7 +74,10 @@ private:
     std::shared_ptr<EventRecord> outstanding_ MARBEX_GUARDED_BY(lock_);
     std::vector<std::shared_ptr<EventRecord>> posted_ MARBEX_GUARDED_BY(lock_);  // whose message has not arrived yet
     std::shared_ptr<platform::Window> native_ MARBEX_GUARDED_BY(lock_);
-    std::shared_ptr<CEventInterface> self_ MARBEX_GUARDED_BY(lock_);  // while the native window exists
+    // Native windows that exist: one that was replaced lives until its own thread has destroyed it, and for as long as
+    // there is one this object does.
+    int windows_ MARBEX_GUARDED_BY(lock_) = 0;
+    std::shared_ptr<CEventInterface> self_ MARBEX_GUARDED_BY(lock_);
     std::atomic<int> deliveryDepth_{0};
 };
 

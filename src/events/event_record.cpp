@@ -4,11 +4,12 @@
 
 namespace marbex::events {
 
-ErrorEventRecord::ErrorEventRecord(int32_t code, int32_t extended, int32_t locus, int32_t response)
+ErrorEventRecord::ErrorEventRecord(int32_t code, int32_t extended, int32_t locus, int32_t response, ErrorOrigin from)
     : EventRecord(WM_SO_ERROR_EVENT_MESSAGE),
       resultCode(code),
       resultCodeExtended(extended),
       errorLocus(locus),
+      origin(from),
       errorResponse(response),
       ErrorResponseReturned(
           support::CreateOwnedEvent("ErrorResponseReturned", this, platform::ResetMode::kManual, false))

@@ -37,12 +37,16 @@ struct DirectIOEventRecord final : EventRecord {
     const std::u16string string;
 };
 
+// What an error event's answer is about: a job that failed, or the printer alone.
+enum class ErrorOrigin { kJob, kPolling };
+
 struct ErrorEventRecord final : EventRecord {
-    ErrorEventRecord(int32_t code, int32_t extended, int32_t locus, int32_t response);
+    ErrorEventRecord(int32_t code, int32_t extended, int32_t locus, int32_t response, ErrorOrigin from);
 
     const int32_t resultCode;
     const int32_t resultCodeExtended;
     const int32_t errorLocus;
+    const ErrorOrigin origin;
     std::atomic<int32_t> errorResponse;  // as preset, then as the application leaves it
 
     // Takes answer unless there is one already; true when it was taken. Any thread.

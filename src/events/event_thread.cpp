@@ -3,11 +3,10 @@
 // Who waits for whom, and why it always ends:
 //
 // - The thread waits until there is an event and neither switch is frozen, all three at once. Close sets all three
-// after it has
-//   set terminateRequest.
+//   after it has set terminateRequest.
 // - It then waits for the window, in slices of 2 s, and looks at terminateRequest after each (event_interface.cpp).
 // - A thread that fired an error event waits for that record's answer (error_answer.cpp). It holds no lock of this
-// handler.
+//   handler.
 // - EventQueueAvailable is held for list operations only.
 
 #include "events/event_handler.h"

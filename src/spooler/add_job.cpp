@@ -229,6 +229,7 @@ int32_t CPrintSpooler::RunImmediate(const CSpoolJob& job)
     if (!AcquirePrinter()) return kBusy;
     int32_t result = 0;
     if (printer::CPrinterEncoder* encoder = printer.load()) {
+        result = opos::OPOS_E_FAILURE;  // unless it is printed
         printer::PrinterStatus status;
         if (encoder->IsInError()) {
             LogWrite("[%s] --- AddJob PrintImmediate Printer WAS in ERROR, Check Status", traits.tag);

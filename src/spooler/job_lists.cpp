@@ -1,8 +1,7 @@
 // The three job lists: filling, clearing, and the transaction. hMutexQueue guards them all, and the list of records
 // that are being executed, which a clear marks so that they are not attempted again.
 
-#include <algorithm>
-
+#include "opos/common.h"
 #include "spooler/print_spooler.h"
 #include "support/service_log.h"
 
@@ -51,10 +50,15 @@ void CPrintSpooler::Enqueue(std::shared_ptr<CSpoolJob> job)
 int32_t CPrintSpooler::Clear()
 {
     LogWrite("[%s] --- Clear Begin", traits.tag);
-    ClearInProgressList();
-    ClearAsyncList();
-    ClearTransactionList();
-    ClearTransaction();
+    {
+        // In one step: a job that goes from one list to another must not slip through between them.
+        MutexHold hold(*hMutexQueue);
+        CancelExecuting();
+        ClearInProgressList();
+        ClearAsyncList();
+        ClearTransactionList();
+        ClearTransaction();
+    }
     LogWrite("[%s] --- Clear End", traits.tag);
     return 0;
 }
@@ -66,34 +70,41 @@ void CPrintSpooler::CancelExecuting()
     pauseEnded_->Set();
 }
 
-void CPrintSpooler::ClearInProgressList()
+void CPrintSpooler::ClearInProgressList(ClearLimit limit)
 {
     LogWrite("[%s] --- ClearInProgressList Begin", traits.tag);
     JobList removed;
     {
         MutexHold hold(*hMutexQueue);
-        removed.swap(inProgressList);
-        for (const auto& job : removed)
-            job->cancelled = true;
-        CancelExecuting();
+        while (!inProgressList.empty() && inProgressList.front()->sequence <= limit.queuedJob) {
+            inProgressList.front()->cancelled = true;
+            removed.push_back(std::move(inProgressList.front()));
+            inProgressList.pop_front();
+        }
     }
     removed.clear();
     LogWrite("[%s] --- ClearInProgressList End", traits.tag);
 }
 
-void CPrintSpooler::NoteAnswer()
+void CPrintSpooler::NoteAnswer(int32_t answer)
 {
+    JobList removed;
     MutexHold hold(*hMutexQueue);
-    queuedAtAnswer_ = queuedJobs_;
+    if (answer == opos::OPOS_ER_CLEAR) {
+        // Text that comes next must find no transaction that is doomed.
+        removed.swap(transactionList);
+        transactionNumber = 0;
+    }
+    answeredAt_ = ClearLimit{queuedJobs_, transactionSerial_};
 }
 
-void CPrintSpooler::ClearAsyncList(uint64_t lastSequence)
+void CPrintSpooler::ClearAsyncList(ClearLimit limit)
 {
     LogWrite("[%s] --- ClearAsyncList Begin", traits.tag);
     JobList removed;
     {
         MutexHold hold(*hMutexQueue);
-        while (!asyncList.empty() && asyncList.front()->sequence <= lastSequence) {
+        while (!asyncList.empty() && asyncList.front()->sequence <= limit.queuedJob) {
             removed.push_back(std::move(asyncList.front()));
             asyncList.pop_front();
         }
@@ -102,13 +113,13 @@ void CPrintSpooler::ClearAsyncList(uint64_t lastSequence)
     LogWrite("[%s] --- ClearAsyncList End", traits.tag);
 }
 
-void CPrintSpooler::ClearTransactionList()
+void CPrintSpooler::ClearTransactionList(ClearLimit limit)
 {
     LogWrite("[%s] --- ClearTransactionList Begin", traits.tag);
     JobList removed;
     {
         MutexHold hold(*hMutexQueue);
-        removed.swap(transactionList);
+        if (transactionSerial_ <= limit.transaction) removed.swap(transactionList);
     }
     removed.clear();
     LogWrite("[%s] --- ClearTransactionList End", traits.tag);
@@ -128,11 +139,19 @@ int32_t CPrintSpooler::BeginTransaction()
 
 int32_t CPrintSpooler::ClearTransaction()
 {
-    LogWrite("[%s] --- ClearTransaction Begin", traits.tag);
-    ClearTransactionList();
-    transactionNumber = 0;
-    LogWrite("[%s] --- ClearTransaction End", traits.tag);
+    ClearTransactionUpTo(kEverything);
     return 0;
+}
+
+void CPrintSpooler::ClearTransactionUpTo(ClearLimit limit)
+{
+    LogWrite("[%s] --- ClearTransaction Begin", traits.tag);
+    {
+        MutexHold hold(*hMutexQueue);  // nothing joins a transaction that is being closed
+        ClearTransactionList(limit);
+        if (transactionSerial_ <= limit.transaction) transactionNumber = 0;
+    }
+    LogWrite("[%s] --- ClearTransaction End", traits.tag);
 }
 
 bool CPrintSpooler::JoinTransaction(std::shared_ptr<CSpoolJob>& job)
@@ -168,20 +187,6 @@ void CPrintSpooler::DropWhatIsLeft()
     if (inProgress) ClearInProgressList();
     if (queued) ClearAsyncList();
     if (collected) ClearTransactionList();
-}
-
-void CPrintSpooler::BeginExecuting(CSpoolJob& job)
-{
-    MutexHold hold(*hMutexQueue);
-    executing_.push_back(&job);
-}
-
-void CPrintSpooler::EndExecuting(CSpoolJob& job)
-{
-    MutexHold hold(*hMutexQueue);
-    // One entry only: a job of a transaction is entered by the transaction and again by each of its attempts.
-    const auto entry = std::find(executing_.begin(), executing_.end(), &job);
-    if (entry != executing_.end()) executing_.erase(entry);
 }
 
 bool CPrintSpooler::MoveHeadToInProgress()

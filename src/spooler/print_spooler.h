@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -106,14 +107,16 @@ public:
     // Whether the CB_PRINTERROR under way comes from status polling, not from a job; for the callback only.
     bool ReportsPolling() const { return polling_.load() && RunsOnSpoolThread(); }
 
-    // The application has just answered an error event. What is queued from now on is not meant by a CLEAR, although
-    // the thread that asked may act on it a moment later.
-    void NoteAnswer();
+    // The application has just answered the error event of a job. What is queued, or begun as a transaction, from now
+    // on is not meant by a CLEAR, although the thread that asked may act on it a moment later.
+    void NoteAnswer(int32_t answer);
 
     // The device is about to close: jobs are refused from now on, pauses end.
     void BeginClosing();
 
 private:
+    using JobList = std::deque<std::shared_ptr<CSpoolJob>>;
+
     int32_t InvokeCallback(int32_t code, intptr_t argument1, intptr_t argument2);
     int32_t Number(JobMeaning meaning) const { return JobNumberOf(meaning, traits.numbering); }
     std::string WithModePrefix(const std::string& data);
@@ -130,16 +133,29 @@ private:
 
     bool AcquirePrinter();
     void ReleasePrinter() MARBEX_NO_THREAD_SAFETY_ANALYSIS;  // taken through ApplicationThread, unseen by the analysis
+    class HeldPrinter;
+    class Execution;
+    int32_t DoAcquiredJob(CSpoolJob& job, bool* retry);
     int32_t Attempt(CSpoolJob& job, bool* retry);
     int32_t Execute(const CSpoolJob& job);
+    int32_t ExecuteInMemory(const CSpoolJob& job);
     bool AskWhetherToRetry(CSpoolJob& job, const printer::PrinterStatus& status, int32_t result);
     void PauseBeforeRetry(const CSpoolJob& job);
-    void BeginExecuting(CSpoolJob& job);
-    void EndExecuting(CSpoolJob& job);
+    uint32_t TakeTransaction(uint32_t serial, JobList& jobs, Execution& execution);
+    bool PutTransactionBack(uint32_t serial, uint32_t number, JobList& jobs);
 
-    void ClearInProgressList();
-    void ClearAsyncList(uint64_t lastSequence = UINT64_MAX);
-    void ClearTransactionList();
+    // How far a clear goes: the last queued job and the last opening of a transaction that it means.
+    struct ClearLimit {
+        uint64_t queuedJob;
+        uint32_t transaction;
+    };
+    static constexpr ClearLimit kEverything{UINT64_MAX, UINT32_MAX};
+    static constexpr ClearLimit kNothing{0, 0};
+
+    void ClearInProgressList(ClearLimit limit = kEverything);
+    void ClearAsyncList(ClearLimit limit = kEverything);
+    void ClearTransactionList(ClearLimit limit = kEverything);
+    void ClearTransactionUpTo(ClearLimit limit);
     void CancelExecuting() MARBEX_REQUIRES(*hMutexQueue);
     void DropWhatIsLeft();
 
@@ -149,8 +165,6 @@ private:
     void RemoveFromInProgress(const CSpoolJob& job);
     void Drain();
     void RunQueued(CSpoolJob& job);
-
-    using JobList = std::deque<std::shared_ptr<CSpoolJob>>;
 
     const SpoolerTraits& traits;
     platform::Clock& clock;
@@ -170,7 +184,7 @@ private:
     std::vector<CSpoolJob*> executing_ MARBEX_GUARDED_BY(*hMutexQueue);
 
     uint64_t queuedJobs_ MARBEX_GUARDED_BY(*hMutexQueue) = 0;
-    std::atomic<uint64_t> queuedAtAnswer_{UINT64_MAX};
+    std::optional<ClearLimit> answeredAt_ MARBEX_GUARDED_BY(*hMutexQueue);  // of the error that is out
 
     std::unique_ptr<platform::Thread> thread;
     std::atomic<std::thread::id> spoolThreadId_{};

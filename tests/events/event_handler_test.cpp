@@ -122,8 +122,9 @@ TEST_F(EventHandlerTest, AnErrorEventBringsTheAnswerBackToTheThreadThatFiredIt)
          {std::array{OPOS_ER_RETRY, OPOS_ER_CLEAR, OPOS_ER_RETRY}, std::array{0, OPOS_ER_RETRY, OPOS_ER_RETRY},
           std::array{99, OPOS_ER_RETRY, 99}}) {
         answer = given;
-        auto result = std::async(std::launch::async,
-                                 [this, preset = preset] { return handler.FireErrorEvent(114, 201, preset); });
+        auto result = std::async(std::launch::async, [this, preset = preset] {
+            return handler.FireErrorEvent(114, 201, preset, ErrorOrigin::kJob);
+        });
         EXPECT_TRUE(RunUntil([&] { return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
         EXPECT_EQ(result.get(), expected);
         EXPECT_EQ(presets.back(), preset);
@@ -134,7 +135,7 @@ TEST_F(EventHandlerTest, AnErrorFiredOnTheWindowThreadIsAnsweredWhileItWaits)
 {
     answer = OPOS_ER_RETRY;
     handler.FireStatusUpdateEvent(11);
-    EXPECT_EQ(handler.FireErrorEvent(114, 203, OPOS_ER_CLEAR), OPOS_ER_RETRY);
+    EXPECT_EQ(handler.FireErrorEvent(114, 203, OPOS_ER_CLEAR, ErrorOrigin::kJob), OPOS_ER_RETRY);
     EXPECT_EQ(delivered, (std::vector<int32_t>{11, -114})) << "queued events keep their place";
 }
 
@@ -145,7 +146,7 @@ TEST_F(EventHandlerTest, AnErrorFiredInsideAHandlerGoesToTheWindowProcedureDirec
     inHandler = [&] {
         handler.FireStatusUpdateEvent(12);
         answer = OPOS_ER_RETRY;
-        inner = handler.FireErrorEvent(107, 0, OPOS_ER_CLEAR);
+        inner = handler.FireErrorEvent(107, 0, OPOS_ER_CLEAR, ErrorOrigin::kJob);
     };
     handler.FireStatusUpdateEvent(11);
     EXPECT_TRUE(RunUntil([this] { return delivered.size() == 3; }));
@@ -160,7 +161,8 @@ TEST_F(EventHandlerTest, AnErrorFiredInsideAHandlerGoesToTheWindowProcedureDirec
 TEST_F(EventHandlerTest, ClearAndClosingAnswerWhatIsStillAwaited)
 {
     handler.FreezeEvents(true);
-    auto queued = std::async(std::launch::async, [this] { return handler.FireErrorEvent(114, 201, OPOS_ER_RETRY); });
+    auto queued = std::async(std::launch::async,
+                             [this] { return handler.FireErrorEvent(114, 201, OPOS_ER_RETRY, ErrorOrigin::kJob); });
     EXPECT_TRUE(RunUntil([this] { return handler.ErrorAnswerAwaitedElsewhere(); }));
     // The record may not be in the queue yet when the wait is announced; clearing until it answers is what ClearOutput
     // does.
@@ -170,11 +172,13 @@ TEST_F(EventHandlerTest, ClearAndClosingAnswerWhatIsStillAwaited)
     }));
     EXPECT_EQ(queued.get(), OPOS_ER_CLEAR);
 
-    auto awaited = std::async(std::launch::async, [this] { return handler.FireErrorEvent(114, 201, OPOS_ER_RETRY); });
+    auto awaited = std::async(std::launch::async,
+                              [this] { return handler.FireErrorEvent(114, 201, OPOS_ER_RETRY, ErrorOrigin::kJob); });
     EXPECT_TRUE(RunUntil([this] { return handler.ErrorAnswerAwaitedElsewhere(); }));
     handler.BeginClosing();
     EXPECT_EQ(awaited.get(), OPOS_ER_CLEAR);
-    EXPECT_EQ(handler.FireErrorEvent(114, 201, OPOS_ER_RETRY), OPOS_ER_CLEAR) << "and so is every later one";
+    EXPECT_EQ(handler.FireErrorEvent(114, 201, OPOS_ER_RETRY, ErrorOrigin::kJob), OPOS_ER_CLEAR)
+        << "and so is every later one";
     EXPECT_TRUE(delivered.empty());
 }
 
@@ -186,7 +190,7 @@ TEST_F(EventHandlerTest, EventsThatTheWindowThreadItselfFrozeAreWithdrawnInTheEn
             std::this_thread::yield();
         clock.Jump(31000);
     });
-    EXPECT_EQ(handler.FireErrorEvent(114, 201, OPOS_ER_RETRY), OPOS_ER_CLEAR);
+    EXPECT_EQ(handler.FireErrorEvent(114, 201, OPOS_ER_RETRY, ErrorOrigin::kJob), OPOS_ER_CLEAR);
     jumper.join();
     handler.FreezeEvents(false);
     handler.FireStatusUpdateEvent(11);
@@ -197,7 +201,8 @@ TEST_F(EventHandlerTest, EventsThatTheWindowThreadItselfFrozeAreWithdrawnInTheEn
 TEST_F(EventHandlerTest, WithoutAnApplicationThatAnswersNetModeGoesOnAfterASecond)
 {
     handler.SetNetMode(true);
-    auto result = std::async(std::launch::async, [this] { return handler.FireErrorEvent(114, 201, OPOS_ER_RETRY); });
+    auto result = std::async(std::launch::async,
+                             [this] { return handler.FireErrorEvent(114, 201, OPOS_ER_RETRY, ErrorOrigin::kJob); });
     EXPECT_EQ(result.wait_for(kPatience), std::future_status::ready) << "this thread runs no messages meanwhile";
     EXPECT_EQ(result.get(), OPOS_ER_CLEAR);
 }
@@ -268,6 +273,41 @@ TEST_F(EventHandlerTest, NothingIsDeliveredForAnOwnerThatIsGone)
     handler.FireStatusUpdateEvent(12);
     EXPECT_TRUE(RunUntil([&] { return log.Has("[CEventHandler] --- EventThread OK Interface has Finished"); }));
     EXPECT_EQ(delivered.size(), 1U);
+}
+
+TEST(EventHandlerLifeTest, AHandlerReopenedOnAnotherThreadDeliversThere)
+{
+    auto handler = std::make_unique<CEventHandler>(platform::SystemClock());
+    ASSERT_EQ(handler->Open(), 0);
+    handler->Close();
+    std::promise<void> fired;
+    std::promise<void> oldWindowGone;
+    std::atomic<int> delivered{0};
+    std::thread other([&] {
+        handler->Open();
+        handler->SetCallback(
+            [](void* count, int32_t, EventRecord&) {
+                ++*static_cast<std::atomic<int>*>(count);
+                return 0;
+            },
+            &delivered);
+        handler->FireStatusUpdateEvent(11);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));  // it is posted by now
+        fired.set_value();
+        oldWindowGone.get_future().wait();
+        handler->FireStatusUpdateEvent(12);
+        const auto never = platform::Event::Create("", platform::ResetMode::kManual, false);
+        const auto end = std::chrono::steady_clock::now() + kPatience;
+        while (delivered < 2 && std::chrono::steady_clock::now() < end)
+            platform::WaitForOneRunningMessages(*never, 5);
+        handler->Close();
+        handler.reset();
+    });
+    fired.get_future().wait();
+    platform::RunWaitingMessages();  // the window of the first opening is destroyed
+    oldWindowGone.set_value();
+    other.join();
+    EXPECT_EQ(delivered.load(), 2);
 }
 
 TEST(EventHandlerLifeTest, AHandlerDestroyedElsewhereLeavesItsWindowToItsThread)

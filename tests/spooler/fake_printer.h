@@ -2,7 +2,9 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "printer/printer_encoder.h"
@@ -28,6 +30,19 @@ public:
         const std::lock_guard hold(mutex_);
         textsLeft_ = texts;
         later_ = condition;
+    }
+
+    void BecomeWellAfterQueries(int queries)
+    {
+        const std::lock_guard hold(mutex_);
+        queriesLeft_ = queries;
+    }
+
+    // The next text finds no memory.
+    void RunOutOfMemory()
+    {
+        const std::lock_guard hold(mutex_);
+        withoutMemory_ = true;
     }
 
     // The next text waits until Resume.
@@ -79,6 +94,7 @@ public:
         status.flags[printer::PrinterStatus::kCoverOpen] = condition_ == Condition::kCoverOpen;
         status.flags[printer::PrinterStatus::kPaperEnd] = condition_ == Condition::kPaperEnd;
         status.flags[printer::PrinterStatus::kNoResponse] = condition_ == Condition::kSilent;
+        if (queriesLeft_ > 0 && --queriesLeft_ == 0) condition_ = Condition::kWell;
         return failed ? 1 : 0;
     }
 
@@ -96,6 +112,7 @@ private:
         changed_.notify_all();
         changed_.wait(hold, [this] { return !held_; });
         waiting_ = false;
+        if (std::exchange(withoutMemory_, false)) throw std::bad_alloc();
         if (textsLeft_ > 0 && --textsLeft_ == 0) condition_ = later_;
         if (condition_ != Condition::kWell) {
             failed = true;
@@ -110,6 +127,8 @@ private:
     Condition condition_ = Condition::kWell;
     Condition later_ = Condition::kWell;
     int textsLeft_ = 0;
+    int queriesLeft_ = 0;
+    bool withoutMemory_ = false;
     bool held_ = false;
     bool waiting_ = false;
     int queries_ = 0;

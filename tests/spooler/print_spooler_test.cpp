@@ -1,99 +1,28 @@
-// Jobs through the spooler to a printer that fails on demand; the device is played by a callback that answers errors.
+// Jobs through the spooler to a printer that fails on demand.
 
 #include "spooler/print_spooler.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <future>
 #include <mutex>
 #include <thread>
 
-#include "common/jumping_clock.h"
 #include "common/service_log_capture.h"
 #include "opos/common.h"
-#include "spooler/fake_printer.h"
+#include "spooler/spooler_bench.h"
 
 namespace marbex::spooler {
 namespace {
 
 using opos::OPOS_ER_CLEAR;
 using opos::OPOS_ER_RETRY;
-using test::FakePrinter;
-using Condition = FakePrinter::Condition;
+using test::Condition;
+using test::kSoon;
+using test::Report;
 
-const auto kSoon = std::chrono::seconds(20);
-
-struct Report {
-    int32_t code;
-    int32_t argument2;
-};
-
-class PrintSpoolerTest : public testing::Test {
-protected:
-    void SetUp() override { OpenWith(spooler); }
-
-    void OpenWith(CPrintSpooler& opened, uint32_t options = 0)
-    {
-        ASSERT_EQ(opened.Open(options), 0);
-        opened.SetCallback(&PrintSpoolerTest::OnReport, this);
-        opened.AttachPrinter(&printer);
-        opened.Clear();
-        AwaitReport(CB_STATUSCHANGE);
-    }
-
-    static int32_t OnReport(void* context, int32_t code, intptr_t, intptr_t argument2)
-    {
-        auto& self = *static_cast<PrintSpoolerTest*>(context);
-        std::function<int32_t()> answer;
-        {
-            const std::lock_guard hold(self.mutex);
-            self.reports.push_back({code, static_cast<int32_t>(argument2)});
-            answer = self.onError;
-        }
-        self.changed.notify_all();
-        return code == CB_PRINTERROR && answer ? answer() : 0;
-    }
-
-    bool AwaitReport(int32_t code, std::size_t times = 1)
-    {
-        std::unique_lock hold(mutex);
-        return changed.wait_for(hold, kSoon, [&] { return CountLocked(code) >= times; });
-    }
-
-    std::size_t CountLocked(int32_t code) const
-    {
-        return static_cast<std::size_t>(std::count_if(reports.begin(), reports.end(),
-                                                      [code](const Report& report) { return report.code == code; }));
-    }
-
-    std::size_t Count(int32_t code)
-    {
-        const std::lock_guard hold(mutex);
-        return CountLocked(code);
-    }
-
-    void OnError(std::function<int32_t()> answer)
-    {
-        const std::lock_guard hold(mutex);
-        onError = std::move(answer);
-    }
-
-    test::JumpingClock clock;
-    FakePrinter printer{clock};
-    ApplicationThread plain;
-    const SpoolerTraits reference{};
-    const SpoolerTraits second{"CPrintSpoolerOrven", JobNumbering::kSecond, true, false, false};
-    std::atomic<int32_t> id{0};
-
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::vector<Report> reports;
-    std::function<int32_t()> onError;
-
-    CPrintSpooler spooler{reference, clock, plain};
-};
+class PrintSpoolerTest : public test::SpoolerBench {};
 
 TEST_F(PrintSpoolerTest, QueuedJobsPrintInOrderAndEachReportsItsCompletion)
 {
@@ -162,44 +91,6 @@ TEST_F(PrintSpoolerTest, RetryRepeatsTheJobUntilItPrintsAndClearDropsTheQueue)
     EXPECT_EQ(Count(CB_JOBCOMPLETE), 2U);
 }
 
-TEST_F(PrintSpoolerTest, OutputQueuedAfterTheAnswerIsNotMeantByIt)
-{
-    OnError([&] {
-        // The thread that queued the failing job may not have left AddJob yet.
-        while (spooler.PrintNormal("before", &id) == kBusy)
-            std::this_thread::yield();
-        spooler.NoteAnswer();
-        spooler.PrintNormal("after", &id);
-        printer.SetCondition(Condition::kWell);
-        return OPOS_ER_CLEAR;
-    });
-    printer.SetCondition(Condition::kCoverOpen);
-    spooler.PrintNormal("failed", &id);
-    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE));
-    ASSERT_TRUE(AwaitReport(CB_IDLE));
-    EXPECT_EQ(printer.Printed(), std::vector<std::string>{"after"});
-}
-
-TEST_F(PrintSpoolerTest, OutputClearedWhileItsErrorIsOutIsNotPrintedByALaterRetry)
-{
-    std::promise<void> asked;
-    std::promise<void> answerNow;
-    OnError([&] {
-        asked.set_value();
-        answerNow.get_future().wait();
-        return OPOS_ER_RETRY;
-    });
-    printer.SetCondition(Condition::kCoverOpen);
-    spooler.PrintNormal("cleared", &id);
-    asked.get_future().wait();
-    spooler.PrintNormal("cleared too", &id);
-    spooler.Clear();
-    printer.SetCondition(Condition::kWell);
-    answerNow.set_value();
-    ASSERT_TRUE(AwaitReport(CB_IDLE));
-    EXPECT_TRUE(printer.Printed().empty());
-}
-
 TEST_F(PrintSpoolerTest, ATransactionMergesTextsPrintsAsOneAndIsRepeatedWhole)
 {
     spooler.SetSyncMode();
@@ -252,6 +143,28 @@ TEST_F(PrintSpoolerTest, ASecondCallerIsToldBusyAtOnce)
     EXPECT_EQ(other.load(), 77);
     printer.Resume();
     EXPECT_EQ(first.get(), 0);
+}
+
+TEST_F(PrintSpoolerTest, WantOfMemoryFailsOneJobAndNoMore)
+{
+    spooler.SetSyncMode();
+    printer.RunOutOfMemory();
+    EXPECT_EQ(spooler.PrintNormal("too large", &id), opos::OPOS_E_FAILURE);
+    spooler.SetAsyncMode();
+    printer.RunOutOfMemory();
+    spooler.PrintNormal("too large", &id);
+    spooler.PrintNormal("next", &id);
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE));
+    EXPECT_EQ(printer.Printed(), std::vector<std::string>{"next"});
+}
+
+TEST_F(PrintSpoolerTest, AnImmediatePrintThatSentNothingDoesNotReportSuccess)
+{
+    printer.SetCondition(Condition::kSilent);
+    ASSERT_EQ(spooler.PrintImmediate("not sent"), opos::OPOS_E_NOHARDWARE);
+    printer.BecomeWellAfterQueries(1);  // between the two questions
+    EXPECT_EQ(spooler.PrintImmediate("not sent"), opos::OPOS_E_FAILURE);
+    EXPECT_TRUE(printer.Printed().empty());
 }
 
 TEST_F(PrintSpoolerTest, ClosePrintsWhatWasQueuedAndRefusesTheRest)

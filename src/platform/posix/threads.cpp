@@ -4,6 +4,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/files.h"
 #include "platform/posix/kernel_state.h"
 
 namespace marbex::platform {
@@ -35,6 +36,17 @@ struct ThreadEnd final : NativeObject {
     bool ended MARBEX_GUARDED_BY(waitLock) = false;
 };
 
+// The application's process is not ours to end: what a body throws ends that thread alone.
+void RunBody(std::function<void()>& body) noexcept
+{
+    try {
+        body();
+        body = nullptr;  // what it holds goes before anyone is told that it is over
+    } catch (...) {
+        WriteDebugOutput("A thread ended because of an exception\n");
+    }
+}
+
 class ThreadHandle final : public Thread {
 public:
     explicit ThreadHandle(std::function<void()> body)
@@ -56,8 +68,7 @@ public:
 private:
     static void Run(std::function<void()> body, const std::shared_ptr<ThreadEnd>& end)
     {
-        body();
-        body = nullptr;  // what it holds goes before anyone is told that it is over
+        RunBody(body);
         EndCurrentThread();
         const LockHold hold(waitLock);
         end->ended = true;
