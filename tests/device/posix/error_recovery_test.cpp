@@ -25,6 +25,13 @@ protected:
         server.SetMute(false);
         server.Refuse(false);
     }
+    // Until the spool thread has taken the job up again after that many error events. From the end of the handler
+    // until then the device counts as idle.
+    bool UntilHeldUpAfter(std::size_t errors)
+    {
+        return RunUntil(
+            [=, this] { return control.Named("SOError").size() >= errors && Number(PIDX_State) != OPOS_S_IDLE; });
+    }
 };
 
 TEST_F(ErrorRecoveryTest, CoverAndPaperReachTheApplicationAsStatusUpdates)
@@ -131,7 +138,7 @@ TEST_F(ErrorRecoveryTest, QueuedOutputIsRetriedByDefaultAndNothingIsLost)
     TakeThePrinterAway();
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "line " + std::to_string(i)), 0);
-    ASSERT_TRUE(RunUntil([this] { return control.Named("SOError").size() >= 2; }));
+    ASSERT_TRUE(UntilHeldUpAfter(2));
     EXPECT_EQ(device->ReleaseDevice(), OPOS_E_TIMEOUT) << "not while output is held up";
     BringThePrinterBack();
     ASSERT_TRUE(Completed(20));
@@ -233,7 +240,7 @@ TEST_F(ErrorRecoveryTest, ClosingDuringAnErrorReturnsAtOnce)
     TakeThePrinterAway();
     for (int i = 0; i < 50; ++i)
         device->PrintNormal(PTR_S_RECEIPT, "x");
-    ASSERT_TRUE(RunUntil([this] { return !control.Named("SOError").empty(); }));
+    ASSERT_TRUE(UntilHeldUpAfter(1));
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(device->CloseService(), OPOS_E_TIMEOUT) << "busy: the release is refused, the close is not";
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
