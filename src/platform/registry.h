@@ -60,7 +60,8 @@ public:
 };
 
 // The registry of this machine. On POSIX the file $MARBEX_OPOS_REGISTRY, else /etc/marbex-opos/registry.reg when it can
-// be read, else ~/.config/marbex-opos/registry.reg; found afresh at every call, so a test may move it.
+// be read, else ~/.config/marbex-opos/registry.reg. Each call looks for the file anew; between two calls its place is
+// fixed. Only the application's threads call this: an application may change its environment while ours are running.
 Registry& SystemRegistry();
 
 // POSIX paths: a backslash is a separator, and a drive ("C:") is the folder drive_c (one a letter) beside the registry

@@ -6,7 +6,10 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <utility>
 #include <vector>
+
+#include "platform/lock.h"
 
 namespace marbex::platform {
 
@@ -26,13 +29,39 @@ std::string HomeFolder()
     return "/";
 }
 
-}  // namespace
-
-std::string RegistryFilePath()
+std::string Search()
 {
     if (const char* chosen = std::getenv("MARBEX_OPOS_REGISTRY"); chosen != nullptr && *chosen != '\0') return chosen;
     if (access(kSystemWideFile, R_OK) == 0) return kSystemWideFile;
     return HomeFolder() + "/.config/marbex-opos/registry.reg";
+}
+
+// What the last search found.
+struct Location {
+    Lock lock;
+    std::string path MARBEX_GUARDED_BY(lock);
+};
+
+Location& TheLocation()
+{
+    static Location& location = *new Location;  // never destroyed: a thread that outlives main may still log
+    return location;
+}
+
+}  // namespace
+
+void LocateRegistry()
+{
+    std::string found = Search();
+    const LockHold hold(TheLocation().lock);
+    TheLocation().path = std::move(found);
+}
+
+std::string RegistryFilePath()
+{
+    const LockHold hold(TheLocation().lock);
+    if (TheLocation().path.empty()) TheLocation().path = Search();
+    return TheLocation().path;
 }
 
 bool MakeFolders(const std::string& folder)

@@ -4,7 +4,10 @@
 
 namespace marbex::platform {
 
-// The path of the registry file as registry.h tells it. The file need not exist.
+// Finds the registry file as registry.h tells it; reads the environment.
+void LocateRegistry();
+
+// The path that LocateRegistry found last. The file need not exist. Any thread.
 std::string RegistryFilePath();
 
 // Makes the folder, and those above it, when they are missing; false when that fails.

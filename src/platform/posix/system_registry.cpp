@@ -345,6 +345,7 @@ private:
 
 Registry& SystemRegistry()
 {
+    LocateRegistry();
     // Never destroyed: a thread that outlives main may still ask.
     static FileRegistry& registry = *new FileRegistry;
     return registry;

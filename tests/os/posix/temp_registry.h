@@ -10,13 +10,18 @@
 #include <string>
 #include <string_view>
 
+#include "platform/registry.h"
 #include "temp_folder.h"
 
 namespace marbex::tests {
 
 class TempRegistry {
 public:
-    TempRegistry() : folder_(MakeTemporaryFolder()) { setenv("MARBEX_OPOS_REGISTRY", File().c_str(), 1); }
+    TempRegistry() : folder_(MakeTemporaryFolder())
+    {
+        setenv("MARBEX_OPOS_REGISTRY", File().c_str(), 1);
+        platform::SystemRegistry();  // takes notice
+    }
     explicit TempRegistry(std::string_view lines) : TempRegistry() { Write(lines); }
     ~TempRegistry()
     {
