@@ -58,6 +58,13 @@ protected:
                        "\"=\"COM1\"\n\"" + display.Path() + "\"=\"COM5\"\n");
     }
 
+    // Its entry goes with it: another process may get a terminal of the same name.
+    void Unplug()
+    {
+        registry.Write("[HKEY_LOCAL_MACHINE\\HARDWARE\\DEVICEMAP\\SERIALCOMM]\n\"" + display.Path() + "\"=\"COM5\"\n");
+        terminal->Unplug();
+    }
+
     PseudoTerminal display;
     std::unique_ptr<PseudoTerminal> terminal;
 };
@@ -170,7 +177,7 @@ TEST_F(SerialCable, TimeoutsOfZeroStillEnd)
 TEST_F(SerialCable, UnpluggedAdapterComesBackWithoutReopening)
 {
     ASSERT_EQ(port.Open(), 0);
-    terminal->Unplug();
+    Unplug();
     EXPECT_EQ(port.WriteText("lost"), 1);
     EXPECT_TRUE(port.IsOpen());
     EXPECT_EQ(Read(reply, 1), -1);  // the adapter is still out
@@ -179,7 +186,7 @@ TEST_F(SerialCable, UnpluggedAdapterComesBackWithoutReopening)
     clock.Sleep(2000);
     EXPECT_EQ(port.WriteText("back"), 0);
     EXPECT_EQ(terminal->Read(4), "back");
-    terminal->Unplug();
+    Unplug();
     EXPECT_EQ(Read(reply, 1), -1);
     PlugIn();
     EXPECT_EQ(port.WriteText("again"), 0);
