@@ -7,7 +7,7 @@ rem
 rem DEVICE is the name that the till opens (when missing, Till1 if there are no devices yet), MODEL one of marbex-opos
 rem models (TALIS when missing), ADDRESS the printer's IP address (without one the model's first port with its defaults).
 rem
-rem Exit codes: 0 installed, 1 nothing installed, 2 installed but without the device, 5 not administrator.
+rem Exit codes: 0 installed, 1 not or not completely installed, 2 installed but without the device, 5 not administrator.
 setlocal EnableExtensions DisableDelayedExpansion
 set "bits=@BITS@"
 set "here=%~dp0"
@@ -32,45 +32,47 @@ del "%target%\probe.tmp"
 
 if not exist "%here%MarbexOpos.dll" goto incomplete
 if not exist "%here%marbex-opos.exe" goto incomplete
-copy /y "%here%MarbexOpos.dll" "%target%\MarbexOpos.dll" >nul
-if errorlevel 1 goto inuse
 copy /y "%here%marbex-opos.exe" "%target%\marbex-opos.exe" >nul
-if errorlevel 1 goto inuse
+if not "%errorlevel%"=="0" goto inuse
+copy /y "%here%MarbexOpos.dll" "%target%\MarbexOpos.dll" >nul
+if not "%errorlevel%"=="0" goto inuse
 copy /y "%here%uninstall.cmd" "%target%\uninstall.cmd" >nul
 copy /y "%here%README.txt" "%target%\README.txt" >nul
 copy /y "%here%THIRD-PARTY.txt" "%target%\THIRD-PARTY.txt" >nul
 echo Installed in %target%
 
-rem As regsvr32 does, but a registration that could not be written is an error here.
+rem As regsvr32 does, but a registration that could not be written is an error here. A program that crashes ends with a
+rem negative number, which "if errorlevel 1" would take for success.
 echo Registered:
 "%target%\marbex-opos.exe" register
-if errorlevel 1 goto unregistered
+if not "%errorlevel%"=="0" goto unregistered
 
 set "device=%~1"
 if not "%device%"=="" goto named
 "%target%\marbex-opos.exe" devices list >"%target%\probe.tmp"
+if not "%errorlevel%"=="0" goto nolist
 for %%F in ("%target%\probe.tmp") do if not "%%~zF"=="0" goto havedevices
 del "%target%\probe.tmp"
 set "device=Till1"
 :named
 "%target%\marbex-opos.exe" devices show "%device%" >nul 2>nul
-if not errorlevel 1 goto known
+if "%errorlevel%"=="0" goto known
 set "model=%~2"
 if "%model%"=="" set "model=TALIS"
 if "%~3"=="" goto firstport
 "%target%\marbex-opos.exe" devices add "%device%" "PrinterModel=%model%" "PortType=ethernet" "IPAddress=%~3"
-if errorlevel 1 goto refused
+if not "%errorlevel%"=="0" goto refused
 goto made
 :firstport
 "%target%\marbex-opos.exe" devices add "%device%" "PrinterModel=%model%"
-if errorlevel 1 goto refused
+if not "%errorlevel%"=="0" goto refused
 :made
 echo Try it:
 echo   "%target%\marbex-opos.exe" health "%device%"
 exit /b 0
 
 :known
-echo There is a device %device% already; it stays as it is.
+echo There is a device "%device%" already; it stays as it is.
 exit /b 0
 
 :havedevices
@@ -89,13 +91,18 @@ echo MarbexOpos.dll and marbex-opos.exe must be in the same folder as this scrip
 exit /b 1
 
 :inuse
-echo The files in %target% cannot be replaced. Is a program using them?
+echo The files in %target% cannot all be replaced. Is a program using them?
 exit /b 1
 
 :unregistered
 echo The files are in place, but the service objects are not registered.
 exit /b 1
 
+:nolist
+del "%target%\probe.tmp"
+echo Installed and registered, but the devices of this computer cannot be read.
+exit /b 2
+
 :refused
-echo Installed and registered, but the device %device% was not made.
+echo Installed and registered, but the device "%device%" was not made.
 exit /b 2

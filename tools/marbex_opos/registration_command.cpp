@@ -81,16 +81,14 @@ int UnregisterServer(const std::string& server)
     platform::Registry& registry = platform::SystemRegistry();
     std::string problem;
     if (!registry.Subkeys("") && !registry.LastProblem().empty()) return Complain(registry.LastProblem());
-    if (CountRegistered(registry) == 0) {
-        Print("nothing is registered\n");
-        return 0;
-    }
+    const bool wasRegistered = CountRegistered(registry) != 0;
     const std::string path = Chosen(server, problem);
     const std::unique_ptr<ServerLibrary> library = path.empty() ? nullptr : LoadServer(path, problem);
-    if (!library) return Complain(problem);
-    library->Unregister();
+    if (!library && wasRegistered) return Complain(problem);
+    // Also when nothing is found: classes may be left whose ProgIDs went with a server of the other width.
+    if (library) library->Unregister();
     if (CountRegistered(registry) != 0) return CannotWrite("removed");
-    Print("unregistered\n");
+    Print(wasRegistered ? "unregistered\n" : "nothing is registered\n");
     return 0;
 }
 

@@ -66,6 +66,14 @@ TEST_F(ProgramTest, RegistersAndUnregistersTheServer)
     EXPECT_NE(registry_.Contents().find("{B637B615-C43B-40B8-B9D8-B6E29E80AA6D}"), std::string::npos);
     ASSERT_EQ(Run("unregister").status, 0);
     EXPECT_EQ(registry_.Contents().find("libmarbexopos.so"), std::string::npos);
+
+    // The ProgIDs have gone with another server, the classes are still there.
+    ASSERT_EQ(Run("register").status, 0);
+    for (const char* name : {"Prn", "CashDrawer", "LineDisplay"})
+        ASSERT_TRUE(platform::SystemRegistry().DeleteKey("SOFTWARE\\Classes\\Service.MarbexOpos" + std::string(name) +
+                                                         "Driver"));
+    EXPECT_EQ(Run("unregister").output, "nothing is registered\n");
+    EXPECT_EQ(registry_.Contents().find("libmarbexopos.so"), std::string::npos);
 }
 
 TEST_F(ProgramTest, PrintsAFileAndReportsHealth)
