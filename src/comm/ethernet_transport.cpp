@@ -55,8 +55,9 @@ uint32_t CNuComEth::SetTimeoutEth(uint32_t sendMilliseconds, uint32_t receiveMil
         return log.Fail(204, "Ethernet timeout values cannot be =0 \n");
     sendTimeout_ = std::min(sendMilliseconds, kLongestTimeout);
     receiveTimeout_ = std::min(receiveMilliseconds, kLongestTimeout);
-    log.Progress("Timeout values for ethernet communication setted to: [send timeout, receive timeout] = [%d , %d ]\n",
-                 sendTimeout_, receiveTimeout_);
+    OperationLog(log_, "CNuComEth::SetTimeoutEth")
+        .Progress("Timeout values for ethernet communication setted to: [send timeout, receive timeout] = [%d , %d ]\n",
+                  sendTimeout_, receiveTimeout_);
     return log.End();
 }
 

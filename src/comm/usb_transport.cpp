@@ -29,8 +29,9 @@ uint32_t CNuComUsb::SetTimeout(uint32_t sendMilliseconds, uint32_t receiveMillis
     if (sendMilliseconds == 0 || receiveMilliseconds == 0) return log.Fail(310, "Timeout values can not be=0\n");
     sendTimeout_ = std::min(sendMilliseconds, kLongestTimeout);
     receiveTimeout_ = std::min(receiveMilliseconds, kLongestTimeout);
-    log.Progress("Timeout values for USB communication setted to: [send timeout, receive timeout] = [%d , %d ]\n",
-                 sendTimeout_, receiveTimeout_);
+    OperationLog(log_, "CNuComUsb::SetTimeout")
+        .Progress("Timeout values for USB communication setted to: [send timeout, receive timeout] = [%d , %d ]\n",
+                  sendTimeout_, receiveTimeout_);
     return log.End();
 }
 

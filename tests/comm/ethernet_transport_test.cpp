@@ -197,7 +197,7 @@ TEST_F(EthernetTransport, FailuresOfAReadHaveTheirCodes)
     Open();
     ASSERT_EQ(transport.SetTimeoutEth(5000, 20), 0U);
     EXPECT_EQ(log.Last(),
-              "CNuComEth::SetTimeoutEth -  Timeout values for ethernet communication setted to: "
+              "CNuComEth::SetTimeoutEth Timeout values for ethernet communication setted to: "
               "[send timeout, receive timeout] = [5000 , 20 ]");
     std::string reply;
     EXPECT_EQ(Read(reply), 214U);

@@ -185,7 +185,7 @@ TEST_F(EthernetPrinterPort, ShortExchangeInTheLog)
               " =====================Log file succesfully created=====================\n"
               "InitEthTCP -  Calling function in ethernet class\n"
               "SetEthTimeout -  Calling function in ethernet class\n"
-              "CNuComEth::SetTimeoutEth -  Timeout values for ethernet communication setted to: "
+              "CNuComEth::SetTimeoutEth Timeout values for ethernet communication setted to: "
               "[send timeout, receive timeout] = [10000 , 10000 ]\n"
               "SetPacketSize -  Calling function in ethernet class\n"
               "CNuComEth::SetPacketEth -  Packets size setted; WRITE = 1024 bytes, READ = 256 bytes \n"

@@ -173,10 +173,9 @@ TEST_F(UsbTransport, RefusesZeroes)
     EXPECT_EQ(transport.SetPacketUsb(1, 0), 9U);
     EXPECT_EQ(log.Last(), "CNuComUsb::SetPacketUsb -  Packet size can't be = 0");
     EXPECT_EQ(transport.SetTimeout(0x80000000, 7), 0U);
-    EXPECT_EQ(
-        log.Last(),
-        "CNuComUsb::SetTimeout -  Timeout values for USB communication setted to: [send timeout, receive timeout] "
-        "= [2147483647 , 7 ]");
+    EXPECT_EQ(log.Last(),
+              "CNuComUsb::SetTimeout Timeout values for USB communication setted to: [send timeout, receive timeout] "
+              "= [2147483647 , 7 ]");
 }
 
 TEST_F(UsbTransport, WritesInPacketsEachWithItsTimeLimit)

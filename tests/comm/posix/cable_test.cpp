@@ -235,7 +235,7 @@ TEST_F(UsbCable, ShortExchangeInTheLog)
                         "CNuComUsb::InitPrinter -  VID=F055 , PID=0101 , ParentPrefixID= 6&1a2b3c&0 for printer "
                         "Receipt Printer\n"
                         "SetUsbTimeout -  Calling function in usb class\n"
-                        "CNuComUsb::SetTimeout -  Timeout values for USB communication setted to: [send timeout, "
+                        "CNuComUsb::SetTimeout Timeout values for USB communication setted to: [send timeout, "
                         "receive timeout] = [5000 , 5000 ]\n"
                         "SetPacketSize -  Calling function in usb class\n"
                         "CNuComUsb::SetPacketUsb -  Packets size setted; WRITE = 1024 bytes, READ = 64 bytes \n"
