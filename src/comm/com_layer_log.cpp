@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kLongestPath = 199;
 constexpr std::size_t kLongestLine = 299;
+constexpr auto kOthers = platform::OtherWriters::kAdmitted;  // of the same log
 
 std::string ComposeLine(std::string_view prefix, std::string_view message)
 {
@@ -42,8 +43,9 @@ int32_t CComLayerLog::SetPath(const char* path)
     const std::string_view wanted = path;
     if (wanted.empty() || wanted.size() > kLongestPath) return 0;
     path_ = wanted;
-    if (platform::FileExists(path_)) return 1;
-    if (!platform::CreateEmptyFile(path_)) return 0;
+    // Another device, of this process or another one, may make it at the same moment.
+    if (!platform::CreateNewFile(path_))
+        return platform::FileExists(path_) || platform::OpenForAppend(path_, kOthers) != nullptr ? 1 : 0;
     Write("", "=====================Log file succesfully created=====================\n", kLogProgress);
     return 1;
 }
@@ -53,7 +55,7 @@ void CComLayerLog::Write(std::string_view prefix, std::string_view message, uint
     if (!Writes(level)) return;
     const std::string line = ComposeLine(prefix, message);
     if (destination_ == kLogToFile) {
-        if (const auto file = platform::OpenForAppend(path_)) file->Append(line);
+        if (const auto file = platform::OpenForAppend(path_, kOthers)) file->Append(line);
     } else if (destination_ == kLogToDebugger) {
         platform::WriteDebugOutput(line);
     }

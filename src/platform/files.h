@@ -14,8 +14,7 @@
 
 namespace marbex::platform {
 
-// A file open for appending: created when missing, never truncated, its contents kept. Other processes may read it;
-// on Windows nobody else can open it for writing meanwhile.
+// A file open for appending: created when missing, never truncated, its contents kept. Others may read it meanwhile.
 class AppendFile {
 public:
     virtual ~AppendFile() = default;
@@ -23,11 +22,15 @@ public:
     virtual bool Append(std::string_view bytes) = 0;
 };
 
+// Whether others may open the file for writing meanwhile. POSIX: they always may.
+enum class OtherWriters { kRefused, kAdmitted };
+
 // Null when the file cannot be created or opened.
-std::unique_ptr<AppendFile> OpenForAppend(const std::string& path);
+std::unique_ptr<AppendFile> OpenForAppend(const std::string& path, OtherWriters others);
 
 bool FileExists(const std::string& path);       // can be opened for reading
 bool CreateEmptyFile(const std::string& path);  // replaces an existing one by an empty one
+bool CreateNewFile(const std::string& path);    // an empty one; false when there is one already
 
 // Opens (creating it when missing) with no other writer or reader allowed, appends all or nothing, closes; false when
 // it cannot be had now or is not written. POSIX: a non-blocking advisory lock on the whole file.

@@ -80,7 +80,8 @@ void LogOpen(const std::string& folder, uint32_t enabled, uint32_t level, int nu
     log.level = level;
     log.file.reset();
     if (enabled != 0 && level == 0) {
-        log.file = platform::OpenForAppend(folder + "\\SOLogFile" + std::to_string(number) + ".txt");
+        log.file = platform::OpenForAppend(folder + "\\SOLogFile" + std::to_string(number) + ".txt",
+                                           platform::OtherWriters::kRefused);
     }
 }
 

@@ -14,9 +14,9 @@ TEST(Files, AppendKeepsWhatIsThere)
 {
     const TempRegistry registry;
     const std::string path = registry.Drive() + "\\a.log";
-    ASSERT_TRUE(OpenForAppend(path)->Append("one\n"));
+    ASSERT_TRUE(OpenForAppend(path, OtherWriters::kRefused)->Append("one\n"));
     {
-        const auto file = OpenForAppend(path);
+        const auto file = OpenForAppend(path, OtherWriters::kRefused);
         ASSERT_TRUE(file);
         EXPECT_TRUE(file->Append("two\n"));
         EXPECT_EQ(ReadWholeFile(path, 8), "one\ntwo\n") << "read while it is open";
@@ -34,7 +34,7 @@ TEST(Files, FolderAndMissingFile)
 {
     const TempRegistry registry;
     const std::string drive = registry.Drive();
-    EXPECT_EQ(OpenForAppend(drive + "\\missing\\a.log"), nullptr);
+    EXPECT_EQ(OpenForAppend(drive + "\\missing\\a.log", OtherWriters::kRefused), nullptr);
     EXPECT_FALSE(FileExists(drive));
     EXPECT_FALSE(FileExists(drive + "\\a"));
     EXPECT_FALSE(ReadWholeFile(drive, 100));

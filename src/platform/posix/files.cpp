@@ -61,7 +61,7 @@ bool StillNamed(int fd, const std::string& path)
 
 }  // namespace
 
-std::unique_ptr<AppendFile> OpenForAppend(const std::string& path)
+std::unique_ptr<AppendFile> OpenForAppend(const std::string& path, OtherWriters /*others*/)
 {
     UniqueFd fd = Open(path, O_WRONLY | O_CREAT | O_APPEND);
     if (!fd) return nullptr;
@@ -78,6 +78,11 @@ bool FileExists(const std::string& path)
 bool CreateEmptyFile(const std::string& path)
 {
     return static_cast<bool>(Open(path, O_WRONLY | O_CREAT | O_TRUNC));
+}
+
+bool CreateNewFile(const std::string& path)
+{
+    return static_cast<bool>(Open(path, O_WRONLY | O_CREAT | O_EXCL));
 }
 
 bool AppendExclusively(const std::string& path, std::string_view bytes)

@@ -31,12 +31,6 @@ UniqueHandle Open(const std::string& path, DWORD access, DWORD sharing, DWORD di
     return file;
 }
 
-// With the right to append, and not to write elsewhere, every write goes to the end of the file.
-UniqueHandle OpenAtEnd(const std::string& path, DWORD sharing)
-{
-    return Open(path, FILE_APPEND_DATA | SYNCHRONIZE, sharing, OPEN_ALWAYS);
-}
-
 bool WriteAll(HANDLE file, std::string_view bytes)
 {
     while (!bytes.empty()) {
@@ -66,9 +60,11 @@ private:
 
 }  // namespace
 
-std::unique_ptr<AppendFile> OpenForAppend(const std::string& path)
+std::unique_ptr<AppendFile> OpenForAppend(const std::string& path, OtherWriters others)
 {
-    UniqueHandle file = OpenAtEnd(path, FILE_SHARE_READ);
+    // With the right to append, and not to write elsewhere, every write goes to the end of the file.
+    const DWORD sharing = others == OtherWriters::kAdmitted ? FILE_SHARE_READ | FILE_SHARE_WRITE : FILE_SHARE_READ;
+    UniqueHandle file = Open(path, FILE_APPEND_DATA | SYNCHRONIZE, sharing, OPEN_ALWAYS);
     if (!file) return nullptr;
     return std::make_unique<WindowsAppendFile>(std::move(file));
 }
@@ -82,6 +78,11 @@ bool FileExists(const std::string& path)
 bool CreateEmptyFile(const std::string& path)
 {
     return static_cast<bool>(Open(path, GENERIC_WRITE, FILE_SHARE_READ, CREATE_ALWAYS));
+}
+
+bool CreateNewFile(const std::string& path)
+{
+    return static_cast<bool>(Open(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, CREATE_NEW));
 }
 
 bool AppendExclusively(const std::string& path, std::string_view bytes)

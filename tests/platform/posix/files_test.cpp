@@ -40,8 +40,8 @@ TEST(NativePath, DrivesLieBesideTheRegistryFile)
 TEST(Files, TwoOfOneProcessAppendToOneFile)
 {
     const TempRegistry registry;
-    const auto one = OpenForAppend("C:\\a.log");
-    const auto other = OpenForAppend("C:\\a.log");
+    const auto one = OpenForAppend("C:\\a.log", OtherWriters::kRefused);
+    const auto other = OpenForAppend("C:\\a.log", OtherWriters::kRefused);
     ASSERT_TRUE(one && other);
     EXPECT_TRUE(one->Append("two\n") && other->Append("three\n") && one->Append("four\n"));
     EXPECT_EQ(registry.ContentsBelow("drive_c/a.log"), "two\nthree\nfour\n");
@@ -52,7 +52,7 @@ TEST(Files, PipesAreLeftAlone)
 {
     const TempRegistry registry;
     ASSERT_EQ(mkfifo(NativePath("C:\\pipe").c_str(), 0600), 0);
-    EXPECT_EQ(OpenForAppend("C:\\pipe"), nullptr);
+    EXPECT_EQ(OpenForAppend("C:\\pipe", OtherWriters::kRefused), nullptr);
     EXPECT_FALSE(AppendExclusively("C:\\pipe", "x"));
     EXPECT_FALSE(ReadWholeFile("C:\\pipe", 100));
 }

@@ -24,16 +24,30 @@ UniqueHandle OpenToRead(const std::wstring& path)
     return UniqueHandle(CreateFileW(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
-TEST(Files, AreSharedForReadingOnlyWhileTheyAreOpenForAppending)
+TEST(Files, AreSharedForReadingOnlyWhileOneWriterAppends)
 {
     const TempRegistry registry;
     const std::string path = registry.Drive() + "\\a.log";
-    auto file = OpenForAppend(path);
+    auto file = OpenForAppend(path, OtherWriters::kRefused);
     ASSERT_TRUE(file);
     EXPECT_TRUE(OpenToRead(WideFromUtf8(path)));
-    EXPECT_EQ(OpenForAppend(path), nullptr);
+    EXPECT_EQ(OpenForAppend(path, OtherWriters::kRefused), nullptr);
     file.reset();
-    EXPECT_TRUE(OpenForAppend(path));
+    EXPECT_TRUE(OpenForAppend(path, OtherWriters::kRefused));
+}
+
+TEST(Files, SeveralWritersAppendWholeLinesWhenAdmitted)
+{
+    const TempRegistry registry;
+    const std::string path = registry.Drive() + "\\a.log";
+    const auto one = OpenForAppend(path, OtherWriters::kAdmitted);
+    const auto other = OpenForAppend(path, OtherWriters::kAdmitted);
+    ASSERT_TRUE(one && other);
+    EXPECT_FALSE(CreateNewFile(path));
+    EXPECT_TRUE(one->Append("1\r\n"));
+    EXPECT_TRUE(other->Append("2\r\n"));
+    EXPECT_TRUE(one->Append("3\r\n"));
+    EXPECT_EQ(registry.ContentsBelow("drive_c/a.log"), "1\r\n2\r\n3\r\n");
 }
 
 TEST(Files, AppendExclusivelyGivesWayToAReader)
@@ -70,7 +84,7 @@ TEST(Files, PipesAreLeftAlone)
     const UniqueHandle pipe(CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, PIPE_UNLIMITED_INSTANCES,
                                              16, 16, 0, nullptr));
     ASSERT_TRUE(pipe);
-    EXPECT_EQ(OpenForAppend(path), nullptr);
+    EXPECT_EQ(OpenForAppend(path, OtherWriters::kRefused), nullptr);
     EXPECT_FALSE(FileExists(path));
     EXPECT_FALSE(AppendExclusively(path, "longer than the pipe would take"));
     EXPECT_FALSE(ReadWholeFile(path, 100));
