@@ -64,9 +64,10 @@ bool IsText(RegistryType type)
     return type == RegistryType::kSz || type == RegistryType::kExpandSz || type == RegistryType::kMultiSz;
 }
 
+// Text ends with its first zero; drivers leave rubbish behind it.
 void DropTerminator(std::string& text)
 {
-    text.erase(text.find_last_not_of('\0') + 1);
+    text.erase(std::min(text.find('\0'), text.size()));
 }
 
 // The older version is written in the ANSI code page of the machine it comes from. Which one that is, the file does not

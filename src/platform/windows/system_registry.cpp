@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <memory>
 #include <type_traits>
 #include <utility>
@@ -118,7 +119,7 @@ bool IsText(RegistryType type)
     return type == RegistryType::kSz || type == RegistryType::kExpandSz || type == RegistryType::kMultiSz;
 }
 
-// Text as stored, which need not end with a zero, nor in the middle of it with a whole character.
+// Text as stored. It need not end with a zero, nor with a whole character; drivers leave rubbish behind the zero.
 std::string TextOf(RegistryType type, std::string_view bytes)
 {
     std::u16string wide;
@@ -126,7 +127,7 @@ std::string TextOf(RegistryType type, std::string_view bytes)
         wide +=
             static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) | static_cast<unsigned char>(bytes[i + 1]) << 8);
     }
-    if (type != RegistryType::kMultiSz) wide.erase(wide.find_last_not_of(u'\0') + 1);
+    if (type != RegistryType::kMultiSz) wide.erase(std::min(wide.find(u'\0'), wide.size()));
     return Utf8FromUtf16(wide);
 }
 

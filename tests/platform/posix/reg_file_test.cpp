@@ -67,6 +67,7 @@ TEST(RegFile, ReadsEveryKindOfValue)
         {"hex:06,00,2,\\\n  03,\\\n\t04", RegistryType::kBinary, "\6\0\2\3\4"s},
         {"hex(0):ff", RegistryType::kNone, "\xff"},
         {"hex(1):e9,00,20,00,ac,20,00,00", RegistryType::kSz, "\xC3\xA9 \xE2\x82\xAC"},
+        {"hex(1):43,00,4f,00,4d,00,33,00,00,00,78,00,00,00", RegistryType::kSz, "COM3"},
         {"hex(2):25,00,78,00,25,00,00,00", RegistryType::kExpandSz, "%x%"},
         {"hex(7):61,00,00,00,62,00,00,00,00,00", RegistryType::kMultiSz, "a\0b\0\0"s},
         {"hex(b):01,02,03,04,05,06,07,08", RegistryType::kQword, "\1\2\3\4\5\6\7\x8"},
