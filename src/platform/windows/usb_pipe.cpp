@@ -21,6 +21,10 @@ namespace {
 
 constexpr DWORD kCancelPatience = 2000;  // ms
 
+// A packet that is longer than what was asked for makes the transfer fail, and is lost with it. Whole numbers of the
+// largest bulk packet (USB 3.2, 9.6.6) are asked for, therefore.
+constexpr std::size_t kLargestPacket = 1024;
+
 struct Transfer {
     Transfer() : ended(CreateEventA(nullptr, TRUE, FALSE, nullptr)) { overlapped.hEvent = ended.Get(); }
 
@@ -48,17 +52,19 @@ public:
         transfer->bytes.assign(bytes.begin(), bytes.end());
         const BOOL done = WriteFile(file_.Get(), transfer->bytes.data(), Clamped(transfer->bytes.size()), nullptr,
                                     &transfer->overlapped);
-        return Finish(std::move(transfer), done, timeoutMilliseconds, {});
+        return Finish(std::move(transfer), done, timeoutMilliseconds);
     }
 
     UsbTransfer Read(std::span<std::byte> buffer, uint32_t timeoutMilliseconds) override
     {
+        if (!surplus_.empty()) return {UsbStatus::kDone, TakeSurplus(buffer)};
         std::unique_ptr<Transfer> transfer = Begin();
         if (transfer == nullptr) return {UsbStatus::kNoResult, 0};
-        transfer->bytes.resize(buffer.size());
+        transfer->bytes.resize((buffer.size() + kLargestPacket - 1) / kLargestPacket * kLargestPacket);
         const BOOL done = ReadFile(file_.Get(), transfer->bytes.data(), Clamped(transfer->bytes.size()), nullptr,
                                    &transfer->overlapped);
-        return Finish(std::move(transfer), done, timeoutMilliseconds, buffer);
+        const UsbTransfer got = Finish(std::move(transfer), done, timeoutMilliseconds, &surplus_);
+        return got.status == UsbStatus::kDone ? UsbTransfer{UsbStatus::kDone, TakeSurplus(buffer)} : got;
     }
 
     // What a late transfer brings is dropped with it: the answer to a question that was given up must not be taken for
@@ -103,7 +109,9 @@ private:
         return nullptr;
     }
 
-    UsbTransfer Finish(std::unique_ptr<Transfer> transfer, BOOL done, uint32_t timeout, std::span<std::byte> target)
+    // What has come is put into received.
+    UsbTransfer Finish(std::unique_ptr<Transfer> transfer, BOOL done, uint32_t timeout,
+                       std::vector<std::byte>* received = nullptr)
     {
         if (done == FALSE && GetLastError() != ERROR_IO_PENDING) return Failed(GetLastError());
         const DWORD waited = WaitForSingleObject(transfer->ended.Get(), std::min<DWORD>(timeout, INFINITE - 1));
@@ -115,8 +123,19 @@ private:
         DWORD count = 0;
         if (GetOverlappedResult(file_.Get(), &transfer->overlapped, &count, FALSE) == FALSE)
             return Failed(GetLastError());
-        std::copy_n(transfer->bytes.begin(), std::min<std::size_t>(count, target.size()), target.begin());
+        if (received != nullptr) {
+            *received = std::move(transfer->bytes);
+            received->resize(count);
+        }
         return {UsbStatus::kDone, count};
+    }
+
+    std::size_t TakeSurplus(std::span<std::byte> buffer)
+    {
+        const auto count = static_cast<std::ptrdiff_t>(std::min(surplus_.size(), buffer.size()));
+        std::copy_n(surplus_.begin(), count, buffer.begin());
+        surplus_.erase(surplus_.begin(), surplus_.begin() + count);
+        return static_cast<std::size_t>(count);
     }
 
     UsbTransfer Failed(DWORD error)
@@ -127,6 +146,7 @@ private:
 
     UniqueHandle file_;
     std::unique_ptr<Transfer> pending_;  // one whose caller has given up
+    std::vector<std::byte> surplus_;     // received, and not asked for yet
     uint32_t lastError_ = 0;
 };
 

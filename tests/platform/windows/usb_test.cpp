@@ -49,6 +49,7 @@ public:
         return bytes;
     }
 
+    void Discard() { EXPECT_TRUE(DisconnectNamedPipe(pipe_.Get())); }  // what was sent and not yet taken
     void Unplug() { pipe_.Close(); }
 
 private:
@@ -71,9 +72,9 @@ protected:
     }
 
     // The bytes that came, none when the read did not end with any.
-    std::optional<std::string> Read(uint32_t timeout)
+    std::optional<std::string> Read(uint32_t timeout, std::size_t room = 64)
     {
-        std::string bytes(64, '\0');
+        std::string bytes(room, '\0');
         const UsbTransfer got = pipe->Read(std::as_writable_bytes(std::span(bytes)), timeout);
         status = got.status;
         if (got.status != UsbStatus::kDone) return std::nullopt;
@@ -115,6 +116,18 @@ TEST_F(OverlappedPipe, AnswerThatComesTooLateIsDropped)
     EXPECT_TRUE(pipe->Cancel());
     device.Send("right");
     EXPECT_EQ(Read(5000), "right");
+}
+
+// A packet has to be taken whole, whatever was asked for.
+TEST_F(OverlappedPipe, KeepsWhatAPacketHoldsBeyondTheRequest)
+{
+    Open(Direction::kRead);
+    device.Send("abc");
+    EXPECT_EQ(Read(5000, 1), "a");
+    device.Discard();
+    EXPECT_EQ(Read(5000, 1), "b");
+    EXPECT_EQ(Read(5000, 6), "c");
+    EXPECT_EQ(Read(5000, 6), std::nullopt);
 }
 
 TEST_F(OverlappedPipe, PrinterThatTakesNothingTimesOut)
