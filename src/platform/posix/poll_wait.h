@@ -25,4 +25,11 @@ inline PollResult PollUntil(int descriptor, short events, const Deadline& deadli
     }
 }
 
+// Whether the other side is gone, or the device.
+inline bool HasHungUp(int descriptor)
+{
+    pollfd item{descriptor, 0, 0};
+    return poll(&item, 1, 0) > 0 && (item.revents & (POLLHUP | POLLERR)) != 0;
+}
+
 }  // namespace marbex::platform

@@ -157,6 +157,8 @@ public:
             } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
                 if (count > 0) break;  // what came before the end is the caller's; the next read finds the end again
                 return FailedTransfer(got == 0 ? EIO : errno);
+            } else if (total.Remaining() == 0) {
+                break;  // of a driver that promises and does not keep
             }
         }
         return {true, count};
@@ -174,11 +176,13 @@ public:
             }
             if (put < 0 && errno == EINTR) continue;
             if (put < 0 && errno != EAGAIN) return FailedTransfer(errno);
+            if (total.Remaining() == 0) break;
             const PollResult waited = PollUntil(Fd(), POLLOUT, total);
             if (waited == PollResult::kTimedOut) break;
             if (waited == PollResult::kFailed) return FailedTransfer(errno);
         }
-        return {true, count - std::min(count, WaitUntilSent(total))};
+        const auto unsent = WaitUntilSent(total);
+        return unsent ? SerialTransfer{true, count - std::min(count, *unsent)} : SerialTransfer{false, 0};
     }
 
     bool Close() override
@@ -203,12 +207,17 @@ private:
     }
 
     // The kernel takes bytes long before the line has carried them, and keeps them for ever when the printer holds the
-    // line. Waits until they are out or the time is over; returns how many are not.
-    std::size_t WaitUntilSent(const Deadline& total)
+    // line. Waits until they are out or the time is over; returns how many are not, nothing when the device went away.
+    std::optional<std::size_t> WaitUntilSent(const Deadline& total)
     {
         for (;;) {
             int queued = 0;
-            if (ioctl(Fd(), TIOCOUTQ, &queued) != 0 || queued <= 0) return 0;
+            if (ioctl(Fd(), TIOCOUTQ, &queued) != 0) {
+                if (!IsGoneError(errno)) return 0;  // there is no such queue
+                Fail(errno);
+                return std::nullopt;
+            }
+            if (queued <= 0) return 0;
             const uint32_t left = total.Remaining();
             if (left == 0) return static_cast<std::size_t>(queued);
             const uint32_t baudRate = applied_ ? std::max<uint32_t>(applied_->baudRate, 1) : 9600;

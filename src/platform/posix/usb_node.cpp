@@ -155,13 +155,15 @@ UsbTransfer UsbNode::WriteWithin(std::span<const std::byte> bytes, uint32_t time
         }
         if (put < 0 && errno == EINTR) continue;
         if (put < 0 && errno != EAGAIN) return Failed(errno, error);
+        if (deadline.Remaining() == 0) return NotReady(PollResult::kTimedOut, count, error);
         const PollResult waited = PollUntil(descriptor->Get(), POLLOUT, deadline);
         if (waited != PollResult::kReady) return NotReady(waited, count, error);
     }
     if (kind_ != Kind::kPrinterDevice) return {UsbStatus::kDone, count};
     // The printer device takes the bytes before the printer does, and is ready for more once the printer has them.
     const PollResult waited = PollUntil(descriptor->Get(), POLLOUT, deadline);
-    return waited == PollResult::kReady ? UsbTransfer{UsbStatus::kDone, count} : NotReady(waited, count, error);
+    if (waited != PollResult::kReady) return NotReady(waited, count, error);
+    return HasHungUp(descriptor->Get()) ? Failed(ENODEV, error) : UsbTransfer{UsbStatus::kDone, count};
 }
 
 UsbTransfer UsbNode::Read(std::span<std::byte> buffer, uint32_t timeoutMilliseconds, uint32_t& error)
@@ -177,6 +179,7 @@ UsbTransfer UsbNode::Read(std::span<std::byte> buffer, uint32_t timeoutMilliseco
         if (got == 0 && kind_ != Kind::kPrinterDevice) return Failed(EPIPE, error);
         if (got >= 0) return {UsbStatus::kDone, static_cast<std::size_t>(got)};
         if (errno != EAGAIN && errno != EINTR) return Failed(errno, error);
+        if (deadline.Remaining() == 0) return NotReady(PollResult::kTimedOut, 0, error);
     }
 }
 

@@ -187,7 +187,9 @@ public:
         if (WriteFile(handle_.Get(), bytes.data(), Clamped(bytes.size()), &count, nullptr) == FALSE &&
             !IsTimeout(GetLastError()))
             return FailedTransfer(GetLastError());
-        return {true, count - std::min<std::size_t>(count, WaitUntilSent(deadline))};
+        const auto unsent = WaitUntilSent(deadline);
+        if (!unsent) return FailedTransfer(GetLastError());
+        return {true, count - std::min<std::size_t>(count, *unsent)};
     }
 
     bool Close() override
@@ -214,23 +216,27 @@ private:
         return Fail(GetLastError());
     }
 
-    DWORD QueuedOutput() const
+    // Nothing, with the system's error, when the device is gone.
+    std::optional<DWORD> QueuedOutput() const
     {
         DWORD errors = 0;
         COMSTAT status{};
-        return ClearCommError(handle_.Get(), &errors, &status) != FALSE ? status.cbOutQue : 0;
+        if (ClearCommError(handle_.Get(), &errors, &status) != FALSE) return status.cbOutQue;
+        if (IsDeviceGone(GetLastError())) return std::nullopt;
+        return 0;  // a driver without such a queue
     }
 
     // A driver, an adapter's above all, takes bytes before the line has carried them. Waits until they are out or the
-    // time is over; returns how many are not.
-    std::size_t WaitUntilSent(const Deadline& deadline) const
+    // time is over; returns how many are not, nothing when the device is gone.
+    std::optional<DWORD> WaitUntilSent(const Deadline& deadline) const
     {
         for (;;) {
-            const DWORD queued = QueuedOutput();
+            const auto queued = QueuedOutput();
+            if (!queued || *queued == 0) return queued;
             const uint32_t left = deadline.Remaining();
-            if (queued == 0 || left == 0) return queued;
+            if (left == 0) return queued;
             const uint32_t baudRate = applied_ ? std::max<uint32_t>(applied_->baudRate, 1) : 9600;
-            const auto estimate = static_cast<uint32_t>(uint64_t{queued} * 10 * 1000 / baudRate);
+            const auto estimate = static_cast<uint32_t>(uint64_t{*queued} * 10 * 1000 / baudRate);
             Sleep(std::min(left, std::clamp<uint32_t>(estimate, 1, 20)));
         }
     }
@@ -239,7 +245,7 @@ private:
     {
         if (!handle_) return true;
         // A driver may hold up the closing for output that the printer does not take.
-        if (QueuedOutput() > 0) PurgeComm(handle_.Get(), PURGE_TXABORT | PURGE_TXCLEAR);
+        if (QueuedOutput().value_or(0) > 0) PurgeComm(handle_.Get(), PURGE_TXABORT | PURGE_TXCLEAR);
         return handle_.Close();
     }
 

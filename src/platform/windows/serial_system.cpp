@@ -18,8 +18,8 @@ constexpr std::string_view kDevicePrefix = "\\\\.\\";
 
 using GetVersionFunction = LONG(WINAPI*)(OSVERSIONINFOW*);
 
-// Links are known to the process as well as to the system. Where the system does not make one, for a user who may not
-// or under Wine, which gets names of more than four characters wrong, the port behind it is opened by its own name.
+// Links are known to the process as well as to the system. Wine says that it has made a link whose name has more than
+// four characters and has made another one; there the port behind it is opened by its own name.
 class WindowsSerial final : public SerialSystem {
 public:
     std::size_t CountPorts() override
@@ -74,7 +74,7 @@ public:
     {
         if (DefineDosDeviceA(DDD_RAW_TARGET_PATH, name.c_str(), target.c_str()) == FALSE) {
             error = GetLastError();
-            if (PortOf(target).empty()) return false;
+            return false;
         }
         const LockHold hold(lock_);
         links_[name] = target;
