@@ -28,18 +28,19 @@ uint32_t PortTable::CreateCommunicationPort(int32_t comType, uint32_t logDestina
                                             const char* logFilePath, uint32_t* communicationId)
 {
     if (communicationId == nullptr) return kPortMissing;
-    auto record = MakeRecord(comType, system_);
-    if (record == nullptr) return kPortMissing;
-    record->Log().SetMode(logDestination, logMask);
-    record->Log().SetPath(logFilePath);
-    record->Log().Write("CreateCommunicationPort- ", "START\n", kLogCalls);
-    const CComLayerLog& log = record->Log();
+    auto made = MakeRecord(comType, system_);
+    if (made == nullptr) return kPortMissing;
+    PortRecord& record = *made;
+    const CComLayerLog& log = record.Log();
+    record.Log().SetMode(logDestination, logMask);
+    record.Log().SetPath(logFilePath);
+    log.Write("CreateCommunicationPort- ", "START\n", kLogCalls);
     {
         const platform::LockHold hold(lock_);
-        record->SetId(++lastId_);
-        *communicationId = lastId_;
-        current_ = record.get();
-        records_.push_back(std::move(record));
+        record.SetId(lastId_ + 1);
+        records_.push_back(std::move(made));  // may fail for lack of memory; nothing points to the record yet
+        *communicationId = ++lastId_;
+        current_ = &record;
     }
     log.Write("CreateCommunicationPort - ", "END\n", kLogCalls);
     return kPortOk;

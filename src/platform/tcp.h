@@ -34,7 +34,7 @@ public:
 
     // Makes the stream socket; false when the system refuses. Closes an older one first.
     virtual bool Create() = 0;
-    // Connects without blocking beyond timeoutMilliseconds; sends and receives block within their own limits.
+    // Connects within timeoutMilliseconds; sends and receives have limits of their own. Signals do not stretch them.
     virtual bool Connect(uint32_t address, uint16_t port, uint32_t timeoutMilliseconds) = 0;
     // Limits of each later send and receive; 0 counts as 1, for nothing waits without limit.
     virtual bool SetSendTimeout(uint32_t milliseconds) = 0;

@@ -150,6 +150,21 @@ TEST_F(Tcp, DiscardsWhatHasArrivedAndNothingLater)
     EXPECT_EQ(reply, "new");
 }
 
+// Closed with input that nobody has read, a connection would be reset under the last bytes.
+TEST_F(Tcp, WhatWasSentArrivesThoughTheAnswerWasNotRead)
+{
+    Connect();
+    ASSERT_TRUE(socket->SetSendTimeout(10000));
+    peer.Send("status");
+    std::string reply(1, '\0');
+    ASSERT_EQ(socket->Receive(std::as_writable_bytes(std::span(reply))).count, 1U);  // the others have arrived with it
+    const std::string receipt(8000, 'x');
+    ASSERT_EQ(socket->Send(Bytes(receipt)).count, receipt.size());
+    EXPECT_TRUE(socket->Close());
+    EXPECT_EQ(peer.Read(receipt.size()), receipt);
+    EXPECT_TRUE(peer.EndsInGoodOrder());
+}
+
 TEST_F(Tcp, MakesAnewAfterClosing)
 {
     EXPECT_FALSE(socket->Close());

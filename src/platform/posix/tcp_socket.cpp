@@ -1,9 +1,7 @@
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,6 +16,7 @@ namespace marbex::platform {
 namespace {
 
 constexpr int kSendBufferBytes = 16 * 1024;
+constexpr uint32_t kLongestWait = 0x7FFFFFFF;  // ms
 
 bool IsAborted(int error)
 {
@@ -37,7 +36,7 @@ public:
     bool Create() override
     {
         if (descriptor_ >= 0) close(descriptor_);
-        descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        descriptor_ = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
         if (descriptor_ < 0) return Fail(errno);
         // A small send buffer: what a send has taken but the printer has not is lost with the link, and its job has
         // been reported complete by then.
@@ -52,34 +51,41 @@ public:
 
     bool Connect(uint32_t address, uint16_t port, uint32_t timeoutMilliseconds) override
     {
-        const int flags = fcntl(descriptor_, F_GETFL);
-        if (flags < 0 || fcntl(descriptor_, F_SETFL, flags | O_NONBLOCK) < 0) return Fail(errno);
-        const int error = ConnectNonBlocking(address, port, timeoutMilliseconds);
-        if (fcntl(descriptor_, F_SETFL, flags) < 0) return Fail(errno);
+        const int error = ConnectWithin(address, port, timeoutMilliseconds);
         return error == 0 || Fail(error);
     }
 
-    bool SetSendTimeout(uint32_t milliseconds) override { return SetTimeout(SO_SNDTIMEO, milliseconds); }
-    bool SetReceiveTimeout(uint32_t milliseconds) override { return SetTimeout(SO_RCVTIMEO, milliseconds); }
+    bool SetSendTimeout(uint32_t milliseconds) override { return SetTimeout(sendTimeout_, milliseconds); }
+    bool SetReceiveTimeout(uint32_t milliseconds) override { return SetTimeout(receiveTimeout_, milliseconds); }
 
     TcpTransfer Send(std::span<const std::byte> bytes) override
     {
         pollfd item{descriptor_, POLLRDHUP, 0};
         if (poll(&item, 1, 0) > 0 && (item.revents & (POLLRDHUP | POLLHUP)) != 0) return Failed(EPIPE);
-        ssize_t count = -1;
-        do {
-            count = send(descriptor_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        } while (count < 0 && errno == EINTR);
-        return count < 0 ? Failed(errno) : TcpTransfer{TcpStatus::kOk, static_cast<std::size_t>(count)};
+        const Deadline deadline(sendTimeout_);
+        std::size_t count = 0;
+        while (count < bytes.size()) {
+            const ssize_t sent = send(descriptor_, bytes.data() + count, bytes.size() - count, MSG_NOSIGNAL);
+            if (sent >= 0) {
+                count += static_cast<std::size_t>(sent);
+                continue;
+            }
+            if (MayGoOn(errno, POLLOUT, deadline)) continue;
+            // What has gone is told now; the next call finds the failure again.
+            if (count > 0) break;
+            return Failed(static_cast<int>(lastError_));
+        }
+        return {TcpStatus::kOk, count};
     }
 
     TcpTransfer Receive(std::span<std::byte> buffer) override
     {
-        ssize_t count = -1;
-        do {
-            count = recv(descriptor_, buffer.data(), buffer.size(), 0);
-        } while (count < 0 && errno == EINTR);
-        return count < 0 ? Failed(errno) : TcpTransfer{TcpStatus::kOk, static_cast<std::size_t>(count)};
+        const Deadline deadline(receiveTimeout_);
+        for (;;) {
+            const ssize_t got = recv(descriptor_, buffer.data(), buffer.size(), 0);
+            if (got >= 0) return {TcpStatus::kOk, static_cast<std::size_t>(got)};
+            if (!MayGoOn(errno, POLLIN, deadline)) return Failed(static_cast<int>(lastError_));
+        }
     }
 
     void DiscardInput() override
@@ -87,12 +93,15 @@ public:
         std::array<std::byte, 4096> waste{};
         // Bounded, for a printer may send as fast as this reads.
         for (int reads = 0; reads < 256; ++reads)
-            if (recv(descriptor_, waste.data(), waste.size(), MSG_DONTWAIT) <= 0) return;
+            if (recv(descriptor_, waste.data(), waste.size(), 0) <= 0) return;
     }
 
     bool Close() override
     {
         if (descriptor_ < 0) return Fail(EBADF);
+        // A connection that is closed with input nobody has read is reset, and the printer loses what it has not got
+        // yet.
+        DiscardInput();
         const int result = close(descriptor_);
         descriptor_ = -1;  // Linux gives the number up even when close reports an error
         return result == 0 || Fail(errno);
@@ -101,7 +110,7 @@ public:
     uint32_t LastError() const override { return lastError_; }
 
 private:
-    int ConnectNonBlocking(uint32_t address, uint16_t port, uint32_t timeoutMilliseconds)
+    int ConnectWithin(uint32_t address, uint16_t port, uint32_t timeoutMilliseconds)
     {
         sockaddr_in server{};
         server.sin_family = AF_INET;
@@ -123,13 +132,28 @@ private:
         return error;
     }
 
-    bool SetTimeout(int option, uint32_t milliseconds)
+    // Whether a transfer that has ended with this error is to be tried again: a signal came, or the socket was not
+    // ready and has become so in time. The limits of the socket itself would begin anew with every signal.
+    bool MayGoOn(int error, short events, const Deadline& deadline)
     {
-        const uint32_t bounded = std::max<uint32_t>(milliseconds, 1);
-        timeval limit{};
-        limit.tv_sec = bounded / 1000;
-        limit.tv_usec = static_cast<suseconds_t>(bounded % 1000) * 1000;
-        return setsockopt(descriptor_, SOL_SOCKET, option, &limit, sizeof limit) == 0 || Fail(errno);
+        if (error != EINTR && error != EAGAIN) return Fail(error);
+        if (deadline.Remaining() == 0) return Fail(ETIMEDOUT);
+        switch (PollUntil(descriptor_, events, deadline)) {
+            case PollResult::kTimedOut:
+                return Fail(ETIMEDOUT);
+            case PollResult::kFailed:
+                return Fail(errno);
+            case PollResult::kReady:
+                break;
+        }
+        return true;
+    }
+
+    bool SetTimeout(uint32_t& timeout, uint32_t milliseconds)
+    {
+        if (descriptor_ < 0) return Fail(EBADF);
+        timeout = std::clamp<uint32_t>(milliseconds, 1, kLongestWait);
+        return true;
     }
 
     bool Fail(int error)
@@ -145,6 +169,8 @@ private:
     }
 
     int descriptor_ = -1;
+    uint32_t sendTimeout_ = kLongestWait;
+    uint32_t receiveTimeout_ = kLongestWait;
     uint32_t lastError_ = 0;
 };
 

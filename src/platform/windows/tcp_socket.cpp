@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 
 #include "platform/deadline.h"
 #include "platform/tcp.h"
@@ -32,13 +33,13 @@ bool IsAborted(int error)
     return error == WSAECONNABORTED || error == WSAECONNRESET || error == WSAENETRESET || error == WSAESHUTDOWN;
 }
 
-bool StartWinsock()
+// Once a process. A start that fails, for the network may not be up yet, is tried again by the next socket.
+void StartWinsock()
 {
-    static const bool started = [] {
-        WSADATA data{};
-        return WSAStartup(kWinsockVersion, &data) == 0;
-    }();
-    return started;
+    static std::atomic<bool> started{false};
+    WSADATA data{};
+    if (started.load() || WSAStartup(kWinsockVersion, &data) != 0) return;
+    if (started.exchange(true)) WSACleanup();  // another thread was quicker
 }
 
 int ClampedSize(std::size_t size)
@@ -144,6 +145,9 @@ public:
     bool Close() override
     {
         if (socket_ == INVALID_SOCKET) return Fail(WSAENOTSOCK);
+        // A connection that is closed with input nobody has read is reset, and the printer loses what it has not got
+        // yet.
+        DiscardInput();
         const int result = closesocket(socket_);
         const int error = WSAGetLastError();
         socket_ = INVALID_SOCKET;
@@ -159,14 +163,18 @@ private:
     // exceptions; WSAPoll did not show it at all before Windows 10 version 2004.
     bool WaitFor(Readiness readiness, const Deadline& deadline)
     {
-        const uint32_t left = std::min(deadline.Remaining(), kLongestWait);
-        timeval limit{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
-        fd_set readable{readiness == Readiness::kRead ? 1U : 0U, {socket_}};
-        fd_set writable{readiness == Readiness::kRead ? 0U : 1U, {socket_}};
-        fd_set refused{readiness == Readiness::kConnected ? 1U : 0U, {socket_}};
-        const int ready = select(0, &readable, &writable, &refused, &limit);
-        if (ready > 0) return true;
-        return Fail(ready == 0 ? WSAETIMEDOUT : WSAGetLastError());
+        for (;;) {
+            const uint32_t left = std::min(deadline.Remaining(), kLongestWait);
+            const timeval limit{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
+            fd_set readable{readiness == Readiness::kRead ? 1U : 0U, {socket_}};
+            fd_set writable{readiness == Readiness::kRead ? 0U : 1U, {socket_}};
+            fd_set refused{readiness == Readiness::kConnected ? 1U : 0U, {socket_}};
+            const int ready = select(0, &readable, &writable, &refused, &limit);
+            if (ready > 0) return true;
+            if (ready < 0) return Fail(WSAGetLastError());
+            // The system's waits end up to one of its ticks too early.
+            if (left == 0) return Fail(WSAETIMEDOUT);
+        }
     }
 
     // Whether the other side has ended the connection, even behind bytes that nobody has received yet.

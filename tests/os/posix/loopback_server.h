@@ -53,6 +53,13 @@ public:
         return bytes;
     }
 
+    // Whether the other end has closed the connection, with nothing more to read and without a reset.
+    bool EndsInGoodOrder() const
+    {
+        char next = 0;
+        return recv(descriptor_, &next, 1, 0) == 0;
+    }
+
     void Send(std::string_view bytes)
     {
         if (send(descriptor_, bytes.data(), bytes.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(bytes.size()))

@@ -63,6 +63,12 @@ std::string LoopbackPeer::Read(std::size_t count)
     return bytes;
 }
 
+bool LoopbackPeer::EndsInGoodOrder() const
+{
+    char next = 0;
+    return recv(socket_, &next, 1, 0) == 0;
+}
+
 void LoopbackPeer::Send(std::string_view bytes)
 {
     if (send(socket_, bytes.data(), static_cast<int>(bytes.size()), 0) != static_cast<int>(bytes.size()))

@@ -26,6 +26,8 @@ public:
 
     // As many bytes as asked, or fewer when the connection ends.
     std::string Read(std::size_t count);
+    // Whether the other end has closed the connection, with nothing more to read and without a reset.
+    bool EndsInGoodOrder() const;
     void Send(std::string_view bytes);
     // Ends the connection in good order.
     void Finish();
