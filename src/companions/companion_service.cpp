@@ -19,7 +19,7 @@ constexpr int32_t kOpenClaimedAndEnabled = 1 | 2 | 4;  // the conditions of the 
 
 bool IsReady(const POSPrinterDevice& printer)
 {
-    return printer.Claimed != 0 && printer.DeviceEnabled != 0 && printer.State != opos::OPOS_S_CLOSED;
+    return printer.Claimed != 0 && printer.DeviceEnabled != 0 && !printer.IsClosed();
 }
 
 }  // namespace

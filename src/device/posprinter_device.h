@@ -31,6 +31,10 @@ public:
     std::atomic<int32_t> DeviceEnabled{0};
     std::atomic<int32_t> State{opos::OPOS_S_CLOSED};
 
+    // A device that is being closed answers as closed, whatever State still says. Any thread.
+    bool IsClosed() const { return CurrentState() == opos::OPOS_S_CLOSED; }
+    int32_t CurrentState() const { return closing_.load() ? opos::OPOS_S_CLOSED : State.load(); }
+
     // The character sets that the profile offers, in its order. The front sets them after opening and empties them at
     // close.
     std::vector<support::CharSetStruct> CharSets;
@@ -97,6 +101,9 @@ public:
     // Whether an operation of this device is waiting on the calling thread, further up its stack, for the application
     // to answer or the printer to become free. The front then refuses to replace the device.
     virtual bool OperationWaitsOnThisThread() const { return false; }
+
+protected:
+    std::atomic<bool> closing_{false};
 };
 
 }  // namespace marbex::device

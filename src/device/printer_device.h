@@ -133,8 +133,6 @@ private:
     void ClosePort();
 
     // State
-    bool IsClosed() const { return State.load() == opos::OPOS_S_CLOSED || closing_.load(); }
-    int32_t CurrentState() const { return closing_.load() ? opos::OPOS_S_CLOSED : State.load(); }
     void ChangeState(int32_t state);
     void SetErrorCode(int32_t code, int32_t extended);
     int32_t Refuse(int32_t code);
@@ -223,7 +221,6 @@ private:
     std::string PrinterSubModel;
 
     // Closing
-    std::atomic<bool> closing_{false};        // answers as closed, errors are answered CLEAR
     std::atomic<bool> closeRunning_{false};   // a CloseService is between its first and last step
     std::atomic<bool> closeDeferred_{false};  // its rest waits for the operation further up the stack
     std::atomic<int32_t> windowOperations_{0};

@@ -45,6 +45,8 @@ public:
     std::function<void(const std::string& operation)> onCall;
     bool waits = false;
 
+    void SetClosing(bool closing) { closing_ = closing; }
+
     int32_t OpenService(const Text& DeviceClass, const Text& DeviceName, IDispatch* Dispatch) override
     {
         State = 2;
