@@ -3,8 +3,8 @@
 // Files, and the debugger's output. Paths go through NativePath (registry.h) here, callers do not. Any thread.
 //
 // A path is UTF-8, as it comes from the registry; one that is not well-formed UTF-8 is taken as text in the ANSI code
-// page, as it comes from the application (POSIX: unless a file has just those bytes for its name). Windows: pipes and
-// devices are no files, since writing into one could take for ever.
+// page, as it comes from the application (POSIX: unless a file has just those bytes for its name). Pipes, and
+// devices of Windows, are no files, since writing into one could take for ever.
 
 #include <cstdint>
 #include <memory>

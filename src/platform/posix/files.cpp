@@ -1,6 +1,7 @@
 #include "platform/files.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <cerrno>
 
 #include "platform/debugger.h"
+#include "platform/lock.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/posix/whole_write.h"
 #include "platform/registry.h"
@@ -15,7 +17,8 @@
 #include "platform/unicode.h"
 
 // Every file is opened with O_NONBLOCK: it changes nothing for a file on disk, and a configured path that turns out to
-// be a named pipe must not hold up the till until somebody opens its other end.
+// be a named pipe must not hold up the till until somebody opens its other end. A pipe is no file in any case: when its
+// reader goes, the next line would be the till's last.
 
 namespace marbex::platform {
 
@@ -36,7 +39,11 @@ UniqueFd Open(const std::string& path, int flags)
     const std::string native = SystemPath(path);
     for (;;) {
         const int fd = open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kNewFileMode);
-        if (fd >= 0 || errno != EINTR) return UniqueFd(fd);
+        if (fd < 0 && errno == EINTR) continue;
+        UniqueFd file(fd);
+        struct stat status {};
+        if (file && (fstat(fd, &status) != 0 || S_ISFIFO(status.st_mode))) file.Reset();
+        return file;
     }
 }
 
@@ -123,7 +130,12 @@ std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit
 
 void WriteToDebugger(std::string_view text)
 {
-    WriteAll(STDERR_FILENO, text);
+    // Whoever has started the till may have gone, or may never read: the line is lost then, and nobody waits for it nor
+    // dies of it. A pipe that takes something takes a whole line, when one thread at a time asks.
+    static Lock& lock = *new Lock;
+    const LockHold hold(lock);
+    pollfd item{STDERR_FILENO, POLLOUT, 0};
+    if (poll(&item, 1, 0) > 0 && item.revents == POLLOUT) WriteAll(STDERR_FILENO, text);
 }
 
 }  // namespace marbex::platform

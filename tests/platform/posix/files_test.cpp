@@ -55,6 +55,25 @@ TEST(Files, PipesAreLeftAlone)
     EXPECT_EQ(OpenForAppend("C:\\pipe", OtherWriters::kRefused), nullptr);
     EXPECT_FALSE(AppendExclusively("C:\\pipe", "x"));
     EXPECT_FALSE(ReadWholeFile("C:\\pipe", 100));
+    const UniqueFd reader(open(NativePath("C:\\pipe").c_str(), O_RDONLY | O_NONBLOCK));
+    EXPECT_EQ(OpenForAppend("C:\\pipe", OtherWriters::kAdmitted), nullptr) << "its reader may go at any time";
+}
+
+// Standard error of a till that was started with a pipe in its place.
+TEST(DebugOutput, WaitsForNoReaderAndOutlivesHim)
+{
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    UniqueFd reader(ends[0]);
+    UniqueFd writer(ends[1]);
+    const UniqueFd former(dup(STDERR_FILENO));
+    ASSERT_EQ(dup2(writer.Get(), STDERR_FILENO), STDERR_FILENO);
+    const std::string line(99, 'x');
+    for (int i = 0; i < 2000; ++i)  // three times what the pipe holds
+        WriteDebugOutput(line + "\n");
+    reader.Reset();
+    WriteDebugOutput("nobody is there\n");
+    dup2(former.Get(), STDERR_FILENO);
 }
 
 TEST(Files, AppendExclusivelyGivesWayToAReader)
