@@ -19,6 +19,18 @@ void ProcessState::SetCurrentDevice(std::shared_ptr<POSPrinterDevice> device)
     // The old device's last reference may go here, outside the lock: its destructor is long.
 }
 
+std::shared_ptr<POSPrinterDevice> ProcessState::ClosingDevice() const
+{
+    platform::LockHold hold(lock_);
+    return closingDevice_.lock();
+}
+
+void ProcessState::SetClosingDevice(const std::shared_ptr<POSPrinterDevice>& device)
+{
+    platform::LockHold hold(lock_);
+    closingDevice_ = device;
+}
+
 bool ProcessState::NetMode() const
 {
     platform::LockHold hold(lock_);

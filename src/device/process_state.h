@@ -21,6 +21,11 @@ public:
     std::shared_ptr<POSPrinterDevice> CurrentDevice() const;
     void SetCurrentDevice(std::shared_ptr<POSPrinterDevice> device);
 
+    // The last device whose service was released while one of its operations waited for the application; null once it
+    // is freed.
+    std::shared_ptr<POSPrinterDevice> ClosingDevice() const;
+    void SetClosingDevice(const std::shared_ptr<POSPrinterDevice>& device);
+
     std::atomic<uint32_t> CurrentModelIndex{0};  // 0 to 17
 
     // How many fronts of the POSPrinter class exist. The first one starts from no device and model index 0.
@@ -31,12 +36,14 @@ public:
     std::string EventFileName() const;
     void SetEventDelivery(bool netMode, const std::string& eventFileName);  // the name is kept as it is when not NET
 
-    // How many objects of the server exist: fronts, companions and devices. The server may be unloaded at 0.
+    // How many objects of the server exist, fronts, companions and devices, and how often it is held otherwise, by
+    // class factories and LockServer. It may be unloaded at 0.
     std::atomic<int32_t> ServerLocks{0};
 
 private:
     mutable platform::Lock lock_;
     std::shared_ptr<POSPrinterDevice> currentDevice_ MARBEX_GUARDED_BY(lock_);
+    std::weak_ptr<POSPrinterDevice> closingDevice_ MARBEX_GUARDED_BY(lock_);
     bool netMode_ MARBEX_GUARDED_BY(lock_) = false;
     std::string eventFileName_ MARBEX_GUARDED_BY(lock_);
 };

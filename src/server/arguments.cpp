@@ -5,10 +5,24 @@
 namespace marbex::server {
 namespace {
 
+bool IsNullReference(const VARIANT& source)
+{
+    if ((source.vt & VT_BYREF) == 0) return false;
+    if (source.byref == nullptr) return true;
+    return source.vt == (VT_BYREF | VT_VARIANT) && source.pvarVal->vt != (VT_BYREF | VT_VARIANT) &&
+           IsNullReference(*source.pvarVal);
+}
+
+HRESULT Change(const VARIANT& source, VARTYPE type, platform::VariantHolder& changed)
+{
+    if (IsNullReference(source)) return DISP_E_TYPEMISMATCH;
+    return VariantChangeType(changed.Get(), &source, 0, type);
+}
+
 HRESULT ReadLong(const VARIANT& source, int32_t& value)
 {
     platform::VariantHolder changed;
-    const HRESULT result = VariantChangeType(changed.Get(), &source, 0, VT_I4);
+    const HRESULT result = Change(source, VT_I4, changed);
     if (SUCCEEDED(result)) value = static_cast<int32_t>(changed.Value().lVal);
     return result;
 }
@@ -16,7 +30,7 @@ HRESULT ReadLong(const VARIANT& source, int32_t& value)
 HRESULT ReadWide(const VARIANT& source, std::u16string& value)
 {
     platform::VariantHolder changed;
-    const HRESULT result = VariantChangeType(changed.Get(), &source, 0, VT_BSTR);
+    const HRESULT result = Change(source, VT_BSTR, changed);
     if (SUCCEEDED(result)) value = platform::BstrView(changed.Value().bstrVal);
     return result;
 }
@@ -107,7 +121,7 @@ HRESULT Argument<int32_t>::Read(const VARIANT& source)
 HRESULT Argument<bool>::Read(const VARIANT& source)
 {
     platform::VariantHolder changed;
-    const HRESULT result = VariantChangeType(changed.Get(), &source, 0, VT_BOOL);
+    const HRESULT result = Change(source, VT_BOOL, changed);
     if (SUCCEEDED(result)) value_ = changed.Value().boolVal != VARIANT_FALSE;
     return result;
 }
@@ -124,11 +138,13 @@ HRESULT Argument<const std::u16string&>::Read(const VARIANT& source)
 
 HRESULT Argument<IDispatch*>::Read(const VARIANT& source)
 {
-    return VariantChangeType(value_.Get(), &source, 0, VT_DISPATCH);
+    return Change(source, VT_DISPATCH, value_);
 }
 
 HRESULT Argument<int32_t*>::Read(const VARIANT& source)
 {
+    isNull_ = IsNullReference(source);
+    if (isNull_) return S_OK;
     const HRESULT result = ReadLong(source, value_);
     before_ = value_;
     return result;
@@ -158,6 +174,8 @@ void Argument<std::string*>::WriteBack(VARIANT& destination) const
 
 HRESULT Argument<std::u16string*>::Read(const VARIANT& source)
 {
+    isNull_ = IsNullReference(source);
+    if (isNull_) return S_OK;
     const HRESULT result = ReadWide(source, value_);
     before_ = value_;
     return result;

@@ -80,15 +80,16 @@ private:
     platform::VariantHolder value_;
 };
 
-// long*
+// long*; a reference to nothing is passed on as null.
 template <>
 class Argument<int32_t*> {
 public:
     HRESULT Read(const VARIANT& source);
-    int32_t* Pass() { return &value_; }
+    int32_t* Pass() { return isNull_ ? nullptr : &value_; }
     void WriteBack(VARIANT& destination) const;
 
 private:
+    bool isNull_ = false;
     int32_t before_ = 0;
     int32_t value_ = 0;
 };
@@ -106,15 +107,16 @@ private:
     std::string value_;
 };
 
-// The string* of direct I/O.
+// The string* of direct I/O; a reference to nothing is passed on as null.
 template <>
 class Argument<std::u16string*> {
 public:
     HRESULT Read(const VARIANT& source);
-    std::u16string* Pass() { return &value_; }
+    std::u16string* Pass() { return isNull_ ? nullptr : &value_; }
     void WriteBack(VARIANT& destination) const;
 
 private:
+    bool isNull_ = false;
     std::u16string before_;
     std::u16string value_;
 };

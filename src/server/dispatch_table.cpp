@@ -23,12 +23,16 @@ bool NamesEqual(std::string_view name, std::u16string_view asked)
     });
 }
 
-void Describe(const char* className, const char* reason, HRESULT code, EXCEPINFO* exception)
+void Describe(const char* className, const char* reason, HRESULT code, EXCEPINFO* exception) noexcept
 {
     if (exception == nullptr) return;
-    exception->bstrSource = platform::NewBstr(platform::Utf16FromUtf8(className));
-    exception->bstrDescription = platform::NewBstr(platform::Utf16FromUtf8(reason));
     exception->scode = code;
+    try {
+        exception->bstrSource = platform::NewBstr(platform::Utf16FromUtf8(className));
+        exception->bstrDescription = platform::NewBstr(platform::Utf16FromUtf8(reason));
+    } catch (const std::bad_alloc&) {
+        // The code has to do without its text.
+    }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <opos/common.h>
 
 #include <algorithm>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -65,12 +66,24 @@ std::vector<support::CharSetStruct> CharacterSetsOf(const support::DeviceProfile
     return sets;
 }
 
+// Null for an unknown model, and when there is no memory for it.
+std::shared_ptr<POSPrinterDevice> MakeDevice(const std::string& model)
+{
+    try {
+        return device::CreateModelDevice(model);
+    } catch (const std::bad_alloc&) {
+        LogWrite("[OpenService] No memory for the device");
+        return nullptr;
+    }
+}
+
 // Ends the life of a device as the current one. It is freed when the last call in it has returned.
 void CloseAndDrop(const std::shared_ptr<POSPrinterDevice>& device)
 {
     if (device == nullptr) return;
     if (device->State != opos::OPOS_S_CLOSED) device->CloseService();
     device->CharSets.clear();
+    if (device->OperationWaitsOnThisThread()) TheProcess().SetClosingDevice(device);
     if (TheProcess().CurrentDevice() == device) TheProcess().SetCurrentDevice(nullptr);
 }
 
@@ -86,15 +99,19 @@ MarbexOposPrnDriver::MarbexOposPrnDriver()
 
 MarbexOposPrnDriver::~MarbexOposPrnDriver()
 {
-    CloseAndDrop(device_.lock());
+    LastReferenceGone();  // again, for an opening that was under way then
     --TheProcess().Fronts;
 }
 
-void MarbexOposPrnDriver::LastReferenceGone()
+void MarbexOposPrnDriver::LastReferenceGone() noexcept
 {
-    const auto device = device_.lock();
-    if (device != nullptr) device->ControlObjectGone();
-    CloseAndDrop(device);
+    try {
+        const auto device = device_.lock();
+        if (device != nullptr) device->ControlObjectGone();
+        CloseAndDrop(device);
+    } catch (...) {
+        LogWrite("[MarbexOposPrnDriver] Closing FAILED, the device stays as it is");
+    }
 }
 
 std::shared_ptr<POSPrinterDevice> MarbexOposPrnDriver::Device() const
@@ -125,17 +142,18 @@ int32_t MarbexOposPrnDriver::SelectModelAndOpen(const std::string& deviceClass, 
 {
     if (UpperCase(deviceClass) != kDeviceClass) return opos::OPOS_E_ILLEGAL;
 
-    if (const auto former = TheProcess().CurrentDevice(); former != nullptr) {
-        // It would have to be closed under the feet of the operation that waits further up this stack.
-        if (former->OperationWaitsOnThisThread()) return opos::OPOS_E_BUSY;
-        CloseAndDrop(former);
-    }
+    const auto waits = [](const std::shared_ptr<POSPrinterDevice>& device) {
+        return device != nullptr && device->OperationWaitsOnThisThread();
+    };
+    // Its port and its log are in use until the operation has returned that waits further up this stack.
+    if (waits(TheProcess().CurrentDevice()) || waits(TheProcess().ClosingDevice())) return opos::OPOS_E_BUSY;
+    CloseAndDrop(TheProcess().CurrentDevice());
     ModelName.clear();
     platform::LoadAnsiCodePage(platform::SystemRegistry());
 
     Profile = ReadProfileOf(deviceName);
     ModelName = UpperCase(TextOfField(Profile.PrinterModel));
-    const std::shared_ptr<POSPrinterDevice> device = device::CreateModelDevice(ModelName);
+    const std::shared_ptr<POSPrinterDevice> device = MakeDevice(ModelName);
     if (device == nullptr) return opos::OPOS_E_ILLEGAL;
     device_ = device;
     TheProcess().SetCurrentDevice(device);

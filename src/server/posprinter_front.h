@@ -43,7 +43,7 @@ public:
     std::optional<std::string> RetrieveStatistics_NET(const std::string& StatisticsBuffer);
 
     // Closes the device at once, even when calls of it are still under way on this thread.
-    void LastReferenceGone();
+    void LastReferenceGone() noexcept;
 
 private:
     int32_t SelectModelAndOpen(const std::string& deviceClass, const std::string& deviceName,

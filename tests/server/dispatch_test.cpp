@@ -213,6 +213,22 @@ TEST_F(Dispatch, InOutArgumentsAreWrittenBackWhereTheyAreReferences)
     EXPECT_EQ(word, 12) << "it does not fit";
 }
 
+TEST_F(Dispatch, ReferencesToNothingDoNotCrash)
+{
+    VARIANT number = Value(VT_BYREF | VT_I4);
+    number.plVal = nullptr;
+    VARIANT text = Value(VT_BYREF | VT_BSTR);
+    text.pbstrVal = nullptr;
+    VARIANT indirect = Value(VT_BYREF | VT_VARIANT);
+    indirect.pvarVal = &number;
+    calls.clear();
+    EXPECT_EQ(client->Number(u"DirectIO", {1, number, text}), 77);
+    EXPECT_EQ(client->Number(u"DirectIO", {1, indirect, u"x"}), 77);
+    EXPECT_EQ(calls, (FakeDevice::Calls{"DirectIO(1,null)", "DirectIO(1,null)"}));
+    EXPECT_EQ(client->Call(u"ClaimDevice", {number}).result, DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(client->Call(u"RetrieveStatistics", {text}).result, DISP_E_TYPEMISMATCH);
+}
+
 TEST_F(Dispatch, TextThatWasNotChangedKeepsWhatTheCodePageLacks)
 {
     BSTR buffer = platform::NewBstr(u"\u0416");

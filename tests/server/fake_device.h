@@ -123,6 +123,7 @@ public:
     int32_t ReleaseDevice() override { return Note("ReleaseDevice"); }
     int32_t DirectIO(int32_t Command, int32_t* pData, std::u16string* pString) override
     {
+        if (pData == nullptr || pString == nullptr) return Note("DirectIO", Command, Text("null"));
         const int32_t answer = Note("DirectIO", Command, *pData, *pString);
         if (newData.has_value()) *pData = *newData;
         if (newString.has_value()) *pString = *newString;

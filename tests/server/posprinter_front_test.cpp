@@ -107,6 +107,13 @@ TEST_F(Front, AMisspeltModelLeavesNoDevice)
     EXPECT_EQ(client->Number(u"ClaimDevice", {1}), 106);
 }
 
+TEST_F(Front, NoMemoryForADeviceLeavesNone)
+{
+    onCreate = [](FakeDevice&) { throw std::bad_alloc(); };
+    EXPECT_EQ(Open(), 106);
+    EXPECT_EQ(TheProcess().CurrentDevice(), nullptr);
+}
+
 TEST_F(Front, OpeningTwiceReplacesTheDevice)
 {
     Open();
@@ -221,6 +228,23 @@ TEST_F(Front, OpeningIsRefusedWhileAnOperationWaits)
     EXPECT_EQ(Open(), 77);
 }
 
+TEST_F(Front, OpeningAnotherServiceIsRefusedWhileTheReleasedOneStillWaits)
+{
+    Open();
+    device->waits = true;
+    device->onCall = [&](const std::string& operation) {
+        if (operation != "PrintNormal") return;
+        client->Drop();
+        calls.clear();
+        Client second;
+        EXPECT_EQ(second.Number(u"OpenService", {u"POSPrinter", u"Till", static_cast<IDispatch*>(nullptr)}), 113);
+        EXPECT_EQ(calls, Calls{}) << "no device is made";
+        device->waits = false;
+        EXPECT_EQ(second.Number(u"OpenService", {u"POSPrinter", u"Till", static_cast<IDispatch*>(nullptr)}), 77);
+    };
+    EXPECT_EQ(client->Number(u"PrintNormal", {2, u"x"}), 77);
+}
+
 TEST_F(Front, MayBeOpenedAgainFromInsideAnEvent)
 {
     Open();
@@ -234,6 +258,17 @@ TEST_F(Front, MayBeOpenedAgainFromInsideAnEvent)
     EXPECT_EQ(calls, (Calls{"PrintNormal(2,x)", "CloseService()", "OpenService(POSPrinter,Till,none)", "handler ends",
                             "~device1"}))
         << "the former device is closed at once and freed when its call has returned";
+}
+
+TEST_F(Front, ACloseThatThrowsStaysInsideTheRelease)
+{
+    Open();
+    device->onCall = [](const std::string& operation) {
+        if (operation == "CloseService") throw std::bad_alloc();
+    };
+    client->Drop();
+    EXPECT_NE(Log().find("Closing FAILED"), std::string::npos);
+    TheProcess().SetCurrentDevice(nullptr);
 }
 
 TEST_F(Front, MayBeReleasedFromInsideAnEvent)
