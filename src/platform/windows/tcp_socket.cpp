@@ -165,7 +165,7 @@ private:
     {
         for (;;) {
             const uint32_t left = std::min(deadline.Remaining(), kLongestWait);
-            const timeval limit{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
+            timeval limit{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
             fd_set readable{readiness == Readiness::kRead ? 1U : 0U, {socket_}};
             fd_set writable{readiness == Readiness::kRead ? 0U : 1U, {socket_}};
             fd_set refused{readiness == Readiness::kConnected ? 1U : 0U, {socket_}};
