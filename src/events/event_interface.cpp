@@ -14,6 +14,7 @@
 #include "events/event_interface.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include "events/event_handler.h"
@@ -39,6 +40,18 @@ uintptr_t ParameterOf(const EventRecord& record)
 {
     return reinterpret_cast<uintptr_t>(&record);
 }
+
+// Counts a delivery while the application's event handler may be running.
+class DeliveryScope {
+public:
+    explicit DeliveryScope(std::atomic<int>& depth) : depth_(depth) { ++depth_; }
+    ~DeliveryScope() { --depth_; }
+    DeliveryScope(const DeliveryScope&) = delete;
+    DeliveryScope& operator=(const DeliveryScope&) = delete;
+
+private:
+    std::atomic<int>& depth_;
+};
 
 void LogDelivery(const EventRecord& record)
 {
@@ -211,9 +224,8 @@ void CEventInterface::Hand(EventRecord& record, const Receiver& receiver)
             code = target.StatusUpdateEventCode();
             break;
     }
-    ++deliveryDepth_;
+    const DeliveryScope scope(deliveryDepth_);
     target.InvokeCallback(code, record);
-    --deliveryDepth_;
 }
 
 void CEventInterface::DeliverDirectly(const std::shared_ptr<EventRecord>& record)

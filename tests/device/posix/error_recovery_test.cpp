@@ -1,5 +1,6 @@
 // A printer that fails in the middle, an application that answers, and everything that may wait meanwhile.
 
+#include <stdexcept>
 #include <thread>
 
 #include "device/posix/device_bench.h"
@@ -80,6 +81,22 @@ TEST_F(ErrorRecoveryTest, ASynchronousErrorIsAnsweredInTheCallThatCausedIt)
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "found"), 0);
     EXPECT_TRUE(
         server.WaitFor([](const auto& printer) { return printer.Lines() == std::vector<std::string>{"found"}; }));
+}
+
+TEST_F(ErrorRecoveryTest, AnEventHandlerThatThrowsIsOneThatCannotBeAsked)
+{
+    Ready();
+    TakeThePrinterAway();
+    control.onEvent = [](const ControlEvent&, int32_t*) { throw std::runtime_error("the application's own mistake"); };
+    EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "lost"), OPOS_E_NOHARDWARE);
+    EXPECT_EQ(control.Named("SOError").size(), 1U);
+    EXPECT_EQ(Number(PIDX_State), OPOS_S_IDLE);
+    BringThePrinterBack();
+    ASSERT_TRUE(RunUntil([this] { return device->PrintNormal(PTR_S_RECEIPT, "found") == 0; }));
+    Async(true);
+    EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "first"), 0);
+    EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "second"), 0);
+    EXPECT_TRUE(Completed(2));
 }
 
 TEST_F(ErrorRecoveryTest, APrintFromTheErrorHandlerDoesNotTakeTheFailedJobsPlace)
