@@ -1,6 +1,5 @@
 #include "device/printer_device.h"
 
-#include "device/process_state.h"
 #include "support/service_log.h"
 
 namespace marbex::device {
@@ -19,7 +18,6 @@ PrinterDevice::PrinterDevice(const ModelDescription& model, platform::Registry& 
       Events(clock),
       Registry(registry)
 {
-    ++TheProcess().ServerLocks;
 }
 
 PrinterDevice::~PrinterDevice()
@@ -29,7 +27,6 @@ PrinterDevice::~PrinterDevice()
         BeginClosing();
         FinishClosing();
     }
-    --TheProcess().ServerLocks;
 }
 
 void PrinterDevice::ChangeState(int32_t state)

@@ -13,6 +13,7 @@
 #include "device/model_description.h"
 #include "device/posprinter_device.h"
 #include "device/print_data_converter.h"
+#include "device/server_lock.h"
 #include "events/event_handler.h"
 #include "platform/clock.h"
 #include "platform/kernel.h"
@@ -185,6 +186,7 @@ private:
     bool AcquirePrinter(platform::Mutex& printer) override;
     bool Wait(platform::WaitObject& object, uint32_t timeout) override;
 
+    const ServerLock serverLock_;
     const ModelDescription& model_;
     const char* const tag_;
     platform::Registry& systemRegistry_;

@@ -1,18 +1,10 @@
 #include "server/automation_object.h"
 
-#include "device/process_state.h"
-
 namespace marbex::server {
 
-AutomationObject::AutomationObject(const DispatchTable& table) : table_(table)
-{
-    ++device::TheProcess().ServerLocks;
-}
+AutomationObject::AutomationObject(const DispatchTable& table) : table_(table) {}
 
-AutomationObject::~AutomationObject()
-{
-    --device::TheProcess().ServerLocks;
-}
+AutomationObject::~AutomationObject() = default;
 
 HRESULT AutomationObject::QueryInterface(REFIID riid, void** object)
 {

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <utility>
 
+#include "device/server_lock.h"
 #include "server/dispatch_table.h"
 
 namespace marbex::server {
@@ -38,6 +39,7 @@ protected:
 private:
     void Drop();  // one of uses_
 
+    const device::ServerLock serverLock_;
     const DispatchTable& table_;
     std::atomic<ULONG> references_{1};  // the client's
     std::atomic<ULONG> uses_{1};        // calls under way, and one for each of the client's references
