@@ -179,6 +179,23 @@ TEST(Program, TellsWhatHappensAndTakesCommands)
     std::filesystem::remove_all(folder);
 }
 
+TEST(Program, PrintsAllThatHasArrivedBeforeItEnds)
+{
+    const auto file =
+        std::filesystem::path(testing::TempDir()) / ("vprinter-commands-" + std::to_string(::getpid()) + ".bin");
+    Program program({"--tcp", "127.0.0.1:0", "--commands", file});
+    const int fd = Connect(program.Next()["port"]);
+    std::string commands;
+    for (int i = 0; i < 10000; ++i)
+        commands += "\x1B!\x08";
+    Send(fd, commands);
+    ::close(fd);
+    program.Say("quit");
+    EXPECT_EQ(program.ExitStatus(), 0);
+    EXPECT_EQ(std::filesystem::file_size(file), commands.size());
+    std::filesystem::remove(file);
+}
+
 TEST(Program, EndsWithItsInputAndAtASignal)
 {
     Program closed({"--serial", "--model", "CORVO"});

@@ -132,6 +132,7 @@ std::string Operator::SaveTo(const std::string& file)
 
 bool Operator::SaveLast()
 {
+    server_->TakeWhatHasArrived();
     return files_.picture.empty() || SaveTo(files_.picture).empty();
 }
 
@@ -228,6 +229,7 @@ std::string Operator::Do(const std::string& name, const std::string& argument)
         }
         if (name == "save") {
             const std::string file = argument.empty() ? files_.picture : argument;
+            server_->TakeWhatHasArrived();
             return file.empty() ? "a file expected" : SaveTo(file);
         }
         if (name == "quit") {

@@ -30,7 +30,8 @@ public:
     void Announce(std::string_view model);
     // Does one command. False: it was the last one.
     bool Command(const std::string& line);
-    bool SaveLast();  // the picture, if one is wanted; false when it cannot be written
+    // At the end: takes in what has arrived, and saves the picture, if one is wanted; false when it cannot be written.
+    bool SaveLast();
 
 private:
     void Happened(const VirtualPrinter& printer, const Happening& happening);

@@ -51,6 +51,8 @@ public:
     void SetDrawerSignal(bool high);
     void SetPrintingHeld(bool held);
 
+    // Takes in what a till has sent by now, as far as the printer takes it and the pace of the link has let it through.
+    void TakeWhatHasArrived();
     // Runs a function on the printer while nothing else does.
     void With(const std::function<void(VirtualPrinter&)>& work);
     // Waits until a condition holds, looked at after everything that happens; false when the time is over.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <limits>
 
 namespace marbex::virtual_printer {
 namespace {
@@ -15,7 +16,8 @@ namespace {
 constexpr std::size_t kReadSize = 16384;
 constexpr std::size_t kMostUnsent = 65536;  // answers that nobody fetches
 constexpr double kBurstSeconds = 0.02;      // how much a paced line may catch up at once
-constexpr int kFullTickMs = 100;            // how often a printer that does not read looks whether its peer has gone
+constexpr int kMomentMs = 20;
+constexpr int kFullTickMs = 100;  // how often a printer that does not read looks whether its peer has gone
 
 bool Ready(int fd, short events)
 {
@@ -82,6 +84,16 @@ std::size_t PrinterLink::Allowance()
 
 PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd)
 {
+    return Wait(room, wakeFd, std::numeric_limits<int>::max());
+}
+
+PrinterLink::Outcome PrinterLink::WaitAMoment(std::size_t room)
+{
+    return Wait(room, -1, kMomentMs);
+}
+
+PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd, int longestMs)
+{
     const std::size_t most = std::min({room, Allowance(), kReadSize});
     const bool open = Line().Open();
     std::array<pollfd, 4> fds{};
@@ -91,11 +103,11 @@ PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd)
     const auto events = static_cast<short>((most > 0 ? POLLIN : 0) | (unsent_.empty() ? 0 : POLLOUT));
     fds[2] = {open && events != 0 ? Line().Get() : -1, events, 0};
     fds[3] = {display_.master.Get(), POLLIN, 0};
-    int timeout = -1;
+    int timeout = longestMs;
     if (open && room == 0) {
-        timeout = kFullTickMs;
+        timeout = std::min(longestMs, kFullTickMs);
     } else if (open && most == 0) {
-        timeout = 1 + static_cast<int>((1.0 - credit_) * 1000 / pace_);
+        timeout = std::min(longestMs, 1 + static_cast<int>((1.0 - credit_) * 1000 / pace_));
     }
     if (::poll(fds.data(), fds.size(), timeout) < 0) {
         return {};

@@ -32,6 +32,8 @@ public:
     // Waits for the next thing to happen on the link, or for a byte on wakeFd (which it takes). room: the bytes that
     // the printer takes.
     Outcome Wait(std::size_t room, int wakeFd);
+    // Nothing when nothing has happened within a moment, or the pace of the line has to be waited for.
+    Outcome WaitAMoment(std::size_t room);
     void Send(const Bytes& bytes);
     bool Drop();  // false: there was no connection
 
@@ -39,6 +41,7 @@ private:
     using Clock = std::chrono::steady_clock;
     const Descriptor& Line() const { return serial_ ? terminal_.master : connection_; }
     void Listen();
+    Outcome Wait(std::size_t room, int wakeFd, int longestMs);
     Outcome Accept();
     Outcome Read(std::size_t most);
     Outcome ReadDisplay();

@@ -19,6 +19,11 @@
 #include "virtual_printer/posix/printer_link.h"
 
 namespace marbex::virtual_printer {
+namespace {
+
+constexpr int kMostReads = 1024;
+
+}  // namespace
 
 class PrinterServer::Impl {
 public:
@@ -102,6 +107,20 @@ public:
     {
         OnLink([this, bytesPerSecond] { link_.SetPace(bytesPerSecond); });
     }
+    void TakeWhatHasArrived()
+    {
+        OnLink([this] {
+            // Bounded, for a till may send as fast as this reads.
+            for (int i = 0; i < kMostReads; ++i) {
+                FeedAsTaken();
+                const PrinterLink::Outcome outcome = link_.WaitAMoment(Room());
+                if (outcome.event == PrinterLink::Event::kNothing) {
+                    return;
+                }
+                Handle(outcome);
+            }
+        });
+    }
 
 private:
     void Wake()
@@ -109,6 +128,8 @@ private:
         const uint64_t one = 1;
         [[maybe_unused]] const auto written = ::write(wake_.Get(), &one, sizeof(one));
     }
+
+    std::size_t Room() const { return kept_.empty() ? printer_.Room() : 0; }
 
     void Disconnected()
     {
@@ -130,7 +151,7 @@ private:
                 changed_.notify_all();
             }
             FeedAsTaken();
-            const std::size_t room = kept_.empty() ? printer_.Room() : 0;
+            const std::size_t room = Room();
             lock.unlock();
             const PrinterLink::Outcome outcome = link_.Wait(room, wake_.Get());
             lock.lock();
@@ -219,6 +240,11 @@ void PrinterServer::Refuse(bool refuse)
 void PrinterServer::Slow(uint32_t bytesPerSecond)
 {
     impl_->Slow(bytesPerSecond);
+}
+
+void PrinterServer::TakeWhatHasArrived()
+{
+    impl_->TakeWhatHasArrived();
 }
 
 void PrinterServer::SetMute(bool mute)
