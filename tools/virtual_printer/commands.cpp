@@ -55,18 +55,19 @@ Operator::Operator(std::string_view model, const LinkOptions& link, PrinterOptio
             throw std::system_error(errno, std::generic_category(), files_.commands);
         }
     }
+    VirtualPrinter::Copy copy;
+    if (commands_.is_open()) {
+        copy = [this](std::span<const uint8_t> command) {
+            commands_.write(reinterpret_cast<const char*>(command.data()),
+                            static_cast<std::streamsize>(command.size()));
+            commands_.flush();
+        };
+    }
+    // Nothing may be asked of it here: it cannot tell of a connection, nor go on, before the first line is out.
     server_ = std::make_unique<PrinterServer>(
         model, link, options,
-        [this](const VirtualPrinter& printer, const Happening& happening) { Happened(printer, happening); });
-    if (commands_.is_open()) {
-        server_->With([this](VirtualPrinter& printer) {
-            printer.CopyCommands([this](std::span<const uint8_t> command) {
-                commands_.write(reinterpret_cast<const char*>(command.data()),
-                                static_cast<std::streamsize>(command.size()));
-                commands_.flush();
-            });
-        });
-    }
+        [this](const VirtualPrinter& printer, const Happening& happening) { Happened(printer, happening); },
+        std::move(copy));
 }
 
 void Operator::Print(const std::string& json)

@@ -31,7 +31,7 @@ class PrinterServer {
 public:
     // Throws std::invalid_argument for an unknown model, std::system_error when the link cannot be set up.
     PrinterServer(std::string_view model, const LinkOptions& link, PrinterOptions options = {},
-                  VirtualPrinter::Observer observer = {});
+                  VirtualPrinter::Observer observer = {}, VirtualPrinter::Copy copy = {});
     ~PrinterServer();
     PrinterServer(const PrinterServer&) = delete;
     PrinterServer& operator=(const PrinterServer&) = delete;

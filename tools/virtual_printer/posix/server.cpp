@@ -28,7 +28,7 @@ constexpr int kMostReads = 1024;
 class PrinterServer::Impl {
 public:
     Impl(std::string_view model, const LinkOptions& options, PrinterOptions printerOptions,
-         VirtualPrinter::Observer observer)
+         VirtualPrinter::Observer observer, VirtualPrinter::Copy copy)
         : printer_(model, printerOptions), link_(options), wake_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
     {
         if (!wake_.Open()) {
@@ -36,6 +36,9 @@ public:
         }
         if (observer) {
             printer_.Observe(std::move(observer));
+        }
+        if (copy) {
+            printer_.CopyCommands(std::move(copy));
         }
         thread_ = std::thread([this] { Serve(); });
     }
@@ -205,8 +208,8 @@ private:
 };
 
 PrinterServer::PrinterServer(std::string_view model, const LinkOptions& link, PrinterOptions options,
-                             VirtualPrinter::Observer observer)
-    : impl_(std::make_unique<Impl>(model, link, options, std::move(observer)))
+                             VirtualPrinter::Observer observer, VirtualPrinter::Copy copy)
+    : impl_(std::make_unique<Impl>(model, link, options, std::move(observer), std::move(copy)))
 {
 }
 
