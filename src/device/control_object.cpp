@@ -1,5 +1,6 @@
 #include "device/control_object.h"
 
+#include "platform/text.h"
 #include "support/service_log.h"
 
 namespace marbex::device {
@@ -8,15 +9,7 @@ using support::LogWrite;
 
 namespace {
 
-struct CallbackName {
-    std::u16string_view name;
-    const char* logged;
-};
-
-constexpr CallbackName kNames[] = {{u"SODirectIO", "SODirectIO"},
-                                   {u"SOError", "SOError"},
-                                   {u"SOOutputComplete", "SOOutputComplete"},
-                                   {u"SOStatusUpdate", "SOStatusUpdate"}};
+constexpr std::u16string_view kNames[] = {u"SODirectIO", u"SOError", u"SOOutputComplete", u"SOStatusUpdate"};
 
 VARIANT LongArgument(int32_t value)
 {
@@ -44,7 +37,7 @@ bool ControlObject::Attach(IDispatch* dispatch)
     if (dispatch == nullptr) return false;
     std::array<DISPID, kCallbacks> ids{};
     for (std::size_t i = 0; i < kCallbacks; ++i) {
-        if (FAILED(platform::FindName(*dispatch, kNames[i].name, ids[i]))) return false;
+        if (FAILED(platform::FindName(*dispatch, kNames[i], ids[i]))) return false;
     }
     platform::LockHold hold(lock_);
     dispatch_ = dispatch;
@@ -73,10 +66,12 @@ bool ControlObject::Call(Callback callback, VARIANT* argumentsLastFirst, UINT co
         const HRESULT outcome = dispatch->Invoke(id, IID_NULL, LOCALE_SYSTEM_DEFAULT, DISPATCH_METHOD, &parameters,
                                                  nullptr, nullptr, nullptr);
         if (SUCCEEDED(outcome)) return true;
-        LogWrite("[ControlObject] %s FAILED (0x%08X)", kNames[callback].logged, static_cast<unsigned>(outcome));
+        LogWrite("[ControlObject] %s FAILED (0x%08X)", platform::Utf8FromUtf16(kNames[callback]).c_str(),
+                 static_cast<unsigned>(outcome));
     } catch (...) {
         // No exception is allowed out of Invoke, and one that got further would leave the job without its answer.
-        LogWrite("[ControlObject] %s FAILED: the event handler has thrown an exception", kNames[callback].logged);
+        LogWrite("[ControlObject] %s FAILED: the event handler has thrown an exception",
+                 platform::Utf8FromUtf16(kNames[callback]).c_str());
     }
     return false;
 }

@@ -103,7 +103,7 @@ public:
     virtual bool OperationWaitsOnThisThread() const { return false; }
 
 protected:
-    std::atomic<bool> closing_{false};
+    std::atomic<bool> closing_{false};  // answers as closed, errors are answered CLEAR
 };
 
 }  // namespace marbex::device

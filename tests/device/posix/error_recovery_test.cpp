@@ -85,12 +85,14 @@ TEST_F(ErrorRecoveryTest, ASynchronousErrorIsAnsweredInTheCallThatCausedIt)
 
 TEST_F(ErrorRecoveryTest, AnEventHandlerThatThrowsIsOneThatCannotBeAsked)
 {
-    Ready();
+    Ready("\"LogEnabled\"=dword:1\n\"LogPath\"=\"C:\\\\\"\n");
     TakeThePrinterAway();
     control.onEvent = [](const ControlEvent&, int32_t*) { throw std::runtime_error("the application's own mistake"); };
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "lost"), OPOS_E_NOHARDWARE);
     EXPECT_EQ(control.Named("SOError").size(), 1U);
     EXPECT_EQ(Number(PIDX_State), OPOS_S_IDLE);
+    EXPECT_NE(registry.ContentsBelow("drive_c/SOLogFile1.txt").find("[ControlObject] SOError FAILED"),
+              std::string::npos);
     BringThePrinterBack();
     ASSERT_TRUE(RunUntil([this] { return device->PrintNormal(PTR_S_RECEIPT, "found") == 0; }));
     Async(true);
