@@ -29,9 +29,16 @@ bool ClassIsThere()
     return GetClassInfoA(ThisModule(), kClass, &info) != FALSE;
 }
 
+// The first one of this process; other tests may be running in processes of their own.
 HWND NativeWindow()
 {
-    return FindWindowA(kClass, kClass);
+    HWND found = nullptr;
+    while ((found = FindWindowExA(nullptr, found, kClass, kClass)) != nullptr) {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(found, &owner);
+        if (owner == GetCurrentProcessId()) break;
+    }
+    return found;
 }
 
 TEST(WindowClass, ComesWithTheFirstWindowAndGoesWithTheLast)
