@@ -4,6 +4,7 @@
 
 #include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/log_file.h"
 
 namespace marbex::comm {
 
@@ -21,6 +22,7 @@ std::string ComposeLine(std::string_view prefix, std::string_view message)
                   now.minute, now.second, now.millisecond);
     std::string line = stamp;
     line.append(" ").append(prefix).append(" ").append(message);
+    if (!line.ends_with('\n')) line += '\n';
     if (line.size() > kLongestLine) {
         line.resize(kLongestLine - 1);
         line += '\n';
@@ -55,7 +57,7 @@ void CComLayerLog::Write(std::string_view prefix, std::string_view message, uint
     if (!Writes(level)) return;
     const std::string line = ComposeLine(prefix, message);
     if (destination_ == kLogToFile) {
-        if (const auto file = platform::OpenForAppend(path_, kOthers)) file->Append(line);
+        platform::AppendShared(path_, line, limit_);
     } else if (destination_ == kLogToDebugger) {
         platform::WriteDebugOutput(line);
     }

@@ -28,17 +28,22 @@ public:
     // the file cannot be made.
     int32_t SetPath(const char* path);
 
+    // In megabytes of 1,048,576 bytes; 0: none. A file that has reached it is renamed to its name with ".1" behind it,
+    // in the place of an older one, before the next line; one that cannot be renamed goes on growing.
+    void SetLimit(uint32_t megabytes) { limit_ = megabytes * (uint64_t{1} << 20); }
+
     // Whether a line of this level would be written.
     bool Writes(uint32_t level) const { return destination_ != kLogToNothing && (mask_ & level) != 0; }
     bool DumpsBytes() const { return (mask_ & kLogBytes) != 0; }
 
-    // "[yyyy/mm/dd hh:mm:ss:mmmm] prefix message"; the message carries its own line end and is not interpreted. A line
-    // above 299 characters is cut to 298 and a line feed.
+    // "[yyyy/mm/dd hh:mm:ss:mmmm] prefix message"; the message is not interpreted, and gets a line feed when it has
+    // none of its own. A line above 299 characters is cut to 298 and a line feed.
     void Write(std::string_view prefix, std::string_view message, uint32_t level) const;
 
 private:
     uint32_t mask_ = 0;
     uint32_t destination_ = kLogToNothing;
+    uint64_t limit_ = 0;  // bytes
     std::string path_ = "C:\\NuComLayer.log";
 };
 

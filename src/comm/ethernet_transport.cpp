@@ -18,9 +18,11 @@ constexpr int kReconnectsWithoutProgress = 3;
 
 }  // namespace
 
-CNuComEth::CNuComEth(const CComLayerLog& log, std::unique_ptr<platform::TcpSocket> socket, platform::Clock& clock)
-    : log_(log), socket_(std::move(socket)), lostLink_(clock)
+CNuComEth::CNuComEth(const CComLayerLog& log, std::unique_ptr<platform::TcpSocket> socket, platform::Clock& clock,
+                     const platform::StopSignal& stop)
+    : log_(log), socket_(std::move(socket)), lostLink_(clock), givenUp_(stop)
 {
+    socket_->HeedStop(stop);
 }
 
 uint32_t CNuComEth::FailSystem(const OperationLog& log, uint32_t code, const char* message)
@@ -82,11 +84,13 @@ uint32_t CNuComEth::OpenEth()
     // A TCP port number has 16 bits, whatever the profile says.
     if (!socket_->Connect(serverAddress_, static_cast<uint16_t>(port_), connectTimeout_)) {
         FailSystem(log, 215, "Open TCP has failed: impossibile to connect the socket \n");
+        givenUp_.WaitedInVain();
         socket_->Close();
         return 215;
     }
     log.Progress("TCP connect successful with %s \n", address_.c_str());
     connected_ = true;
+    use_.Opened();
     lostLink_.Forget();
     return log.End();
 }
@@ -94,14 +98,14 @@ uint32_t CNuComEth::OpenEth()
 // Whether there is a connection to use, after one try to get back a lost one.
 bool CNuComEth::HasLink()
 {
-    return connected_ || lostLink_.TryAgain([this] { return OpenEth() == 0; });
+    return connected_ || (!givenUp_ && lostLink_.TryAgain([this] { return OpenEth() == 0; }));
 }
 
 uint32_t CNuComEth::WriteEth(const uint8_t* buffer, uint32_t length)
 {
     const OperationLog log(log_, "CNuComEth::WriteEth - ");
     log.Start();
-    bytesWritten_ = 0;
+    use_.WriteBegins();
     if (!HasLink())
         return log.Fail(206, "Impossible to perform the operation: socket and connections are not opened\n");
     if (buffer == nullptr || length == 0) return log.End();
@@ -120,7 +124,7 @@ uint32_t CNuComEth::WriteTCP(const uint8_t* buffer, uint32_t length)
     uint32_t result = 0;
     for (uint32_t offset = 0; offset < length && result == 0; offset += packet)
         result = SendPacket(log, buffer, offset, std::min(packet, length - offset));
-    if (bytesWritten_ != length) log.Progress("Warning: write not completed,not all bytes were written\n");
+    if (use_.BytesWritten() != length) log.Progress("Warning: write not completed,not all bytes were written\n");
     return result == 0 ? log.End() : result;
 }
 
@@ -128,12 +132,15 @@ uint32_t CNuComEth::SendPacket(const OperationLog& log, const uint8_t* buffer, u
 {
     int reconnects = 0;
     for (;;) {
-        const auto sent = socket_->Send(std::as_bytes(std::span(buffer + offset, length)));
-        if (sent.status == platform::TcpStatus::kFailed)
+        const auto sent = givenUp_ ? platform::TcpTransfer{platform::TcpStatus::kTimedOut, 0}
+                                   : socket_->Send(std::as_bytes(std::span(buffer + offset, length)));
+        if (sent.status == platform::TcpStatus::kTimedOut || (sent.count > 0 && sent.count < length))
+            givenUp_.WaitedInVain();
+        if (sent.status == platform::TcpStatus::kFailed || sent.status == platform::TcpStatus::kTimedOut)
             return FailSystem(log, 212, "Write failed: error system occurred during Write()\n");
         if (sent.status == platform::TcpStatus::kOk) {
             if (sent.count == 0) return log.Fail(211, "Write failed: no bytes send during writing operation \n");
-            bytesWritten_ += static_cast<uint32_t>(sent.count);
+            use_.Took(static_cast<uint32_t>(sent.count));
             if (log.DumpsBytes())
                 for (uint32_t i = offset; i < offset + length; ++i)
                     log.Bytes("SendBuffer[0x%02x]=0x%02x \n", i, buffer[i]);
@@ -147,19 +154,31 @@ uint32_t CNuComEth::SendPacket(const OperationLog& log, const uint8_t* buffer, u
 
 uint32_t CNuComEth::ReadEth(uint8_t* buffer, uint32_t size, uint32_t* count)
 {
+    return Read(buffer, size, count, std::nullopt);
+}
+
+LinkRead CNuComEth::ReadEthWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count)
+{
+    if (Read(buffer, size, count, milliseconds) != 0) return readTimedOut_ ? LinkRead::kNothing : LinkRead::kFailed;
+    return *count > 0 ? LinkRead::kArrived : LinkRead::kNothing;
+}
+
+uint32_t CNuComEth::Read(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within)
+{
     const OperationLog log(log_, "CNuComEth::ReadEth - ");
     log.Start();
     *count = 0;
+    readTimedOut_ = false;
     if (!HasLink())
         return log.Fail(206, "Impossible to perform the operation: socket and connections are not opened\n");
     if (buffer == nullptr || size == 0) return log.End();
     if (!socket_->SetReceiveTimeout(receiveTimeout_))
         return FailSystem(log, 208, "Error socket: setsockoption() failed\n");
-    const uint32_t result = ReadTCP(buffer, size, count);
+    const uint32_t result = ReadTCP(buffer, size, count, within);
     return result == 0 ? log.End() : result;
 }
 
-uint32_t CNuComEth::ReadTCP(uint8_t* buffer, uint32_t size, uint32_t* count)
+uint32_t CNuComEth::ReadTCP(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within)
 {
     const OperationLog log(log_, "CNuComEth::ReadTCP - ");
     log.Start();
@@ -168,8 +187,10 @@ uint32_t CNuComEth::ReadTCP(uint8_t* buffer, uint32_t size, uint32_t* count)
         const uint32_t wanted = std::min(size, readPacketSize_);
         log.Progress("Receive buffer size: %d, packet size setted:%d, packet used for read:%d \n", size,
                      readPacketSize_, wanted);
-        const auto received = socket_->Receive(std::as_writable_bytes(std::span(buffer, wanted)));
-        if (received.status == platform::TcpStatus::kFailed)
+        const auto room = std::as_writable_bytes(std::span(buffer, wanted));
+        const auto received = within ? socket_->ReceiveUntilStopped(room, *within) : socket_->Receive(room);
+        readTimedOut_ = received.status == platform::TcpStatus::kTimedOut;
+        if (received.status == platform::TcpStatus::kFailed || readTimedOut_)
             return FailSystem(log, 214, "Read failed: error system occurred during Read()\n");
         if (received.status == platform::TcpStatus::kOk) {
             if (received.count == 0) return log.Fail(213, "Read failed: no bytes read during reading operation \n");
@@ -181,6 +202,7 @@ uint32_t CNuComEth::ReadTCP(uint8_t* buffer, uint32_t size, uint32_t* count)
             return log.End();
         }
         if (const uint32_t result = Reconnect(log, reconnects); result != 0) return result;
+        if (within) return FailSystem(log, 214, "Read failed: error system occurred during Read()\n");
         if (!socket_->SetReceiveTimeout(receiveTimeout_))
             return FailSystem(log, 208, "Error socket: setsockoption() failed\n");
     }
@@ -209,6 +231,7 @@ int32_t CNuComEth::RetryToConnectAfterAbort()
         log.Progress("Iteration #%d \n", attempt);
         if (!closed) closed = CloseSocket() == 0;
         if (closed && OpenEth() == 0) return 1;
+        if (givenUp_) break;
     }
     return 0;
 }

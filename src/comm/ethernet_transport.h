@@ -2,8 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "comm/given_up.h"
+#include "comm/link_read.h"
+#include "comm/link_use.h"
 #include "comm/lost_link.h"
 #include "comm/operation_log.h"
 #include "platform/clock.h"
@@ -19,7 +23,9 @@ namespace marbex::comm {
 // time-out for each open. One caller at a time.
 class CNuComEth {
 public:
-    CNuComEth(const CComLayerLog& log, std::unique_ptr<platform::TcpSocket> socket, platform::Clock& clock);
+    // The signal, which must outlive the transport, shortens what waits for a printer that makes no progress.
+    CNuComEth(const CComLayerLog& log, std::unique_ptr<platform::TcpSocket> socket, platform::Clock& clock,
+              const platform::StopSignal& stop = platform::kNeverStopped);
     CNuComEth(const CNuComEth&) = delete;
     CNuComEth& operator=(const CNuComEth&) = delete;
 
@@ -31,13 +37,16 @@ public:
     // printer aborted is made anew and the packet sent again.
     uint32_t WriteEth(const uint8_t* buffer, uint32_t length);
     uint32_t ReadEth(uint8_t* buffer, uint32_t size, uint32_t* count);  // one receive
+    // Likewise, with a time limit of its own. A connection that the printer aborted is made anew, and the read has
+    // failed: what was asked for over the old one will not come over the new one.
+    LinkRead ReadEthWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count);
     uint32_t CloseEth();
     // Up to three tries to open again; 1 when one succeeded, else 0 and the transport is not connected.
     int32_t RetryToConnectAfterAbort();
 
     // Throws away what the printer has sent up to now. Never waits, writes no line.
     void DiscardInput();
-    uint32_t BytesWritten() const { return bytesWritten_; }  // by the last WriteEth
+    const LinkUse& Use() const { return use_; }
     uint32_t LastSystemError() const { return lastSystemError_; }
 
 private:
@@ -45,7 +54,8 @@ private:
 
     uint32_t WriteTCP(const uint8_t* buffer, uint32_t length);
     uint32_t SendPacket(const OperationLog& log, const uint8_t* buffer, uint32_t offset, uint32_t length);
-    uint32_t ReadTCP(uint8_t* buffer, uint32_t size, uint32_t* count);
+    uint32_t Read(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within);
+    uint32_t ReadTCP(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within);
     uint32_t Reconnect(const OperationLog& log, int& reconnects);
     uint32_t CloseSocket();
     bool HasLink();
@@ -64,8 +74,10 @@ private:
     uint32_t writePacketSize_ = 1024;
     uint32_t readPacketSize_ = 1024;
     uint32_t lastSystemError_ = 0;
-    uint32_t bytesWritten_ = 0;
+    LinkUse use_;
+    bool readTimedOut_ = false;  // the last one, that is why it failed
     LostLink lostLink_;
+    GivenUp givenUp_;
 };
 
 }  // namespace marbex::comm

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace marbex::comm {
 
@@ -28,7 +29,10 @@ bool EqualIgnoringCase(std::string_view a, std::string_view b)
 
 }  // namespace
 
-CPortConnection::CPortConnection(PortTable& table) : table_(table) {}
+CPortConnection::CPortConnection(PortTable& table, std::shared_ptr<const platform::StopSignal> stop)
+    : table_(table), stop_(std::move(stop))
+{
+}
 
 CPortConnection::~CPortConnection()
 {
@@ -36,8 +40,9 @@ CPortConnection::~CPortConnection()
 }
 
 void CPortConnection::SetLog(uint32_t level, uint32_t destinationSelector, const std::string& directory,
-                             uint32_t fileNumber)
+                             uint32_t fileNumber, uint32_t limit)
 {
+    logLimit_ = limit;
     if (level == 0) {
         logMask_ = 0;
         logDestination_ = kLogToNothing;
@@ -94,18 +99,18 @@ uint32_t CPortConnection::Open()
     if (open_) return 1;
     open_ = OpenSteps() == kPortOk;
     if (open_) return 0;
-    communicationId_ = 0;
+    LeaveRecord();
     return 1;
 }
 
 uint32_t CPortConnection::OpenSteps()
 {
     if (comType_ < kSerial || comType_ > kUsb) return kPortMissing;
-    const uint32_t result =
-        table_.CreateCommunicationPort(comType_, logDestination_, logMask_, logFilePath_.c_str(), &communicationId_);
+    const uint32_t result = table_.CreateCommunicationPort(comType_, logDestination_, logMask_, logFilePath_.c_str(),
+                                                           &communicationId_, stop_, logLimit_);
     if (result != kPortOk) return result;
     // The new record is the current one, but another connection may select its own meanwhile.
-    PortRecord* record = table_.Find(communicationId_);
+    const auto record = table_.Find(communicationId_);
     if (record == nullptr) return kPortMissing;
     if (comType_ == kEthernet) return OpenEthernet(*record);
     return comType_ == kUsb ? OpenUsb(*record) : OpenSerial(*record);
@@ -140,15 +145,21 @@ uint32_t CPortConnection::OpenUsb(PortRecord& record)
 uint32_t CPortConnection::Close()
 {
     if (!open_) return 0;
-    if (PortRecord* record = table_.Select(communicationId_)) record->Close();
+    if (const auto record = table_.Select(communicationId_)) record->Close();
     open_ = false;
-    communicationId_ = 0;
+    LeaveRecord();
     return 0;
+}
+
+void CPortConnection::LeaveRecord()
+{
+    table_.Remove(communicationId_);
+    communicationId_ = 0;
 }
 
 uint32_t CPortConnection::Write(const uint8_t* buffer, uint16_t length)
 {
-    PortRecord* record = table_.Select(communicationId_);
+    const auto record = table_.Select(communicationId_);
     if (record == nullptr) return 1;
     uint32_t written = 0;
     // A transport reports a short write as a success; a hole in a receipt is none.
@@ -157,29 +168,46 @@ uint32_t CPortConnection::Write(const uint8_t* buffer, uint16_t length)
 
 uint32_t CPortConnection::Read(uint8_t* buffer, uint32_t size, uint32_t* count)
 {
-    PortRecord* record = table_.Select(communicationId_);
+    const auto record = table_.Select(communicationId_);
     return record != nullptr && record->Read(buffer, size, count) == kPortOk ? 0 : 1;
+}
+
+LinkRead CPortConnection::ReadWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count)
+{
+    const auto record = table_.Select(communicationId_);
+    return record != nullptr ? record->ReadWithin(buffer, size, milliseconds, count) : LinkRead::kFailed;
+}
+
+LinkUse CPortConnection::Use() const
+{
+    const auto record = table_.Find(communicationId_);
+    return record != nullptr ? record->Use() : LinkUse{};
 }
 
 void CPortConnection::CleanInput()
 {
-    if (PortRecord* record = table_.Select(communicationId_)) record->Clean(false, true);
+    if (const auto record = table_.Select(communicationId_)) record->Clean(false, true);
 }
 
 void CPortConnection::CleanOutput()
 {
-    if (PortRecord* record = table_.Select(communicationId_)) record->Clean(true, false);
+    if (const auto record = table_.Select(communicationId_)) record->Clean(true, false);
+}
+
+void CPortConnection::DiscardInput()
+{
+    if (const auto record = table_.Find(communicationId_)) record->DiscardInput();
 }
 
 uint32_t CPortConnection::SetDTR(bool on)
 {
-    PortRecord* record = table_.Select(communicationId_);
+    const auto record = table_.Select(communicationId_);
     return record == nullptr ? kPortMissing : record->AdvSetSerialDTR(on);
 }
 
 uint32_t CPortConnection::SetRTS(bool on)
 {
-    PortRecord* record = table_.Select(communicationId_);
+    const auto record = table_.Select(communicationId_);
     return record == nullptr ? kPortMissing : record->AdvSetSerialRTS(on);
 }
 

@@ -18,20 +18,22 @@ constexpr const char* kNotSerial = "Serial function failed: a different com type
 constexpr const char* kNotUsb = "USB function failed: a different com type has been setted\n";
 constexpr const char* kNotEthernet = "Ethernet function failed: a different com type has been setted\n";
 
-std::unique_ptr<CNuComEth> MakeEthernet(const CComLayerLog& log, const PortSystem& system)
+std::unique_ptr<CNuComEth> MakeEthernet(const CComLayerLog& log, const PortSystem& system,
+                                        const platform::StopSignal& stop)
 {
     auto socket = system.newTcpSocket();
     if (socket == nullptr) return nullptr;
-    return std::make_unique<CNuComEth>(log, std::move(socket), *system.clock);
+    return std::make_unique<CNuComEth>(log, std::move(socket), *system.clock, stop);
 }
 
 }  // namespace
 
-PortRecord::PortRecord(int32_t comType, const PortSystem& system)
-    : comType_(comType == kEthernet || comType == kUsb ? comType : kSerial),
-      serial_(std::make_unique<CNuComSerial>(log_, *system.serial, *system.clock)),
-      usb_(std::make_unique<CNuComUsb>(log_, *system.usb, *system.clock)),
-      ethernet_(MakeEthernet(log_, system))
+PortRecord::PortRecord(int32_t comType, const PortSystem& system, std::shared_ptr<const platform::StopSignal> stop)
+    : stop_(std::move(stop)),
+      comType_(comType == kEthernet || comType == kUsb ? comType : kSerial),
+      serial_(std::make_unique<CNuComSerial>(log_, *system.serial, *system.clock, *stop_)),
+      usb_(std::make_unique<CNuComUsb>(log_, *system.usb, *system.clock, *stop_)),
+      ethernet_(MakeEthernet(log_, system, *stop_))
 {
 }
 
@@ -149,13 +151,13 @@ uint32_t PortRecord::Write(const uint8_t* buffer, uint16_t length, uint32_t* wri
     uint32_t count = 0;
     if (comType_ == kEthernet) {
         result = ethernet_->WriteEth(buffer, length);
-        count = ethernet_->BytesWritten();
+        count = ethernet_->Use().BytesWritten();
     } else if (comType_ == kUsb) {
         result = usb_->WriteUsb(buffer, length);
-        count = usb_->BytesWritten();
+        count = usb_->Use().BytesWritten();
     } else {
         result = serial_->WriteSerial(buffer, length);
-        count = serial_->BytesWritten();
+        count = serial_->Use().BytesWritten();
     }
     if (written != nullptr) *written = count;
     return result;
@@ -169,6 +171,15 @@ uint32_t PortRecord::Read(uint8_t* buffer, uint32_t size, uint32_t* count)
     if (comType_ == kEthernet) return ethernet_->ReadEth(buffer, size, count);
     if (comType_ == kUsb) return usb_->ReadUsb(buffer, size, count);
     return serial_->ReadSerial(buffer, size, count);
+}
+
+LinkRead PortRecord::ReadWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count)
+{
+    const LockHold hold(lock_);
+    LogCall(OperationLog(log_, "Read - "));
+    if (comType_ == kEthernet) return ethernet_->ReadEthWithin(buffer, size, milliseconds, count);
+    if (comType_ == kUsb) return usb_->ReadUsbWithin(buffer, size, milliseconds, count);
+    return serial_->ReadSerialWithin(buffer, size, milliseconds, count);
 }
 
 uint32_t PortRecord::Clean(bool clearOutput, bool clearInput)
@@ -186,6 +197,14 @@ uint32_t PortRecord::Clean(bool clearOutput, bool clearInput)
     return serial_->CleanSerial(clearOutput, clearInput);
 }
 
+void PortRecord::DiscardInput()
+{
+    const LockHold hold(lock_);
+    if (comType_ == kEthernet) return ethernet_->DiscardInput();
+    if (comType_ == kUsb) return usb_->DiscardInput();
+    serial_->DiscardInput();
+}
+
 uint32_t PortRecord::Close()
 {
     const LockHold hold(lock_);
@@ -193,6 +212,13 @@ uint32_t PortRecord::Close()
     if (comType_ == kEthernet) return ethernet_->CloseEth();
     if (comType_ == kUsb) return usb_->CloseUsb();
     return serial_->CloseSerial();
+}
+
+LinkUse PortRecord::Use()
+{
+    const LockHold hold(lock_);
+    if (comType_ == kEthernet) return ethernet_->Use();
+    return comType_ == kUsb ? usb_->Use() : serial_->Use();
 }
 
 }  // namespace marbex::comm

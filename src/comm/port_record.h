@@ -30,12 +30,11 @@ inline constexpr uint32_t kPortNotUsb = 300;
 class PortRecord {
 public:
     // comType: 0 serial, 1 Ethernet, 2 USB, anything else counts as serial.
-    PortRecord(int32_t comType, const PortSystem& system);
+    PortRecord(int32_t comType, const PortSystem& system,
+               std::shared_ptr<const platform::StopSignal> stop = std::make_shared<platform::StopSignal>());
 
-    bool IsComplete() const;  // no transport is missing
-    uint32_t Id() const { return id_; }
-    void SetId(uint32_t id) { id_ = id; }  // before others see the record
-    CComLayerLog& Log() { return log_; }   // settings: before others see the record
+    bool IsComplete() const;              // no transport is missing
+    CComLayerLog& Log() { return log_; }  // settings: before others see the record
     const CComLayerLog& Log() const { return log_; }
 
     uint32_t InitSerialPort(const char* portName, uint32_t baudRate, uint32_t parity, uint32_t byteSize,
@@ -53,15 +52,18 @@ public:
     // written, when given, receives the number of bytes that went out, whatever the result.
     uint32_t Write(const uint8_t* buffer, uint16_t length, uint32_t* written = nullptr);
     uint32_t Read(uint8_t* buffer, uint32_t size, uint32_t* count);
+    LinkRead ReadWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count);
     uint32_t Clean(bool clearOutput, bool clearInput);
+    void DiscardInput();  // writes no line
     uint32_t Close();
+    LinkUse Use();  // of the transport
 
 private:
     void LogCall(const OperationLog& log) const;
 
     CComLayerLog log_;
+    const std::shared_ptr<const platform::StopSignal> stop_;  // the transports refer to it
     const int32_t comType_;
-    uint32_t id_ = 0;
     platform::Lock lock_;
     const std::unique_ptr<CNuComSerial> serial_ MARBEX_PT_GUARDED_BY(lock_);
     const std::unique_ptr<CNuComUsb> usb_ MARBEX_PT_GUARDED_BY(lock_);

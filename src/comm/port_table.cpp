@@ -1,6 +1,5 @@
 #include "comm/port_table.h"
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -10,10 +9,11 @@ namespace marbex::comm {
 
 namespace {
 
-std::unique_ptr<PortRecord> MakeRecord(int32_t comType, const PortSystem& system)
+std::shared_ptr<PortRecord> MakeRecord(int32_t comType, const PortSystem& system,
+                                       std::shared_ptr<const platform::StopSignal> stop)
 {
     try {
-        auto record = std::make_unique<PortRecord>(comType, system);
+        auto record = std::make_shared<PortRecord>(comType, system, std::move(stop));
         return record->IsComplete() ? std::move(record) : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -25,44 +25,53 @@ std::unique_ptr<PortRecord> MakeRecord(int32_t comType, const PortSystem& system
 PortTable::PortTable(PortSystem system) : system_(std::move(system)) {}
 
 uint32_t PortTable::CreateCommunicationPort(int32_t comType, uint32_t logDestination, uint32_t logMask,
-                                            const char* logFilePath, uint32_t* communicationId)
+                                            const char* logFilePath, uint32_t* communicationId,
+                                            std::shared_ptr<const platform::StopSignal> stop, uint32_t logLimit)
 {
     if (communicationId == nullptr) return kPortMissing;
-    auto made = MakeRecord(comType, system_);
-    if (made == nullptr) return kPortMissing;
-    PortRecord& record = *made;
-    const CComLayerLog& log = record.Log();
-    record.Log().SetMode(logDestination, logMask);
-    record.Log().SetPath(logFilePath);
-    log.Write("CreateCommunicationPort- ", "START\n", kLogCalls);
+    const auto record = MakeRecord(comType, system_, std::move(stop));
+    if (record == nullptr) return kPortMissing;
+    record->Log().SetMode(logDestination, logMask);
+    record->Log().SetLimit(logLimit);
+    record->Log().SetPath(logFilePath);
+    record->Log().Write("CreateCommunicationPort- ", "START\n", kLogCalls);
+    std::shared_ptr<PortRecord> former = record;  // may be the last that refers to it; destroyed without the lock
     {
         const platform::LockHold hold(lock_);
-        record.SetId(lastId_ + 1);
-        records_.push_back(std::move(made));  // may fail for lack of memory; nothing points to the record yet
+        records_.emplace(lastId_ + 1, record);  // may fail for lack of memory; nothing points to the record yet
         *communicationId = ++lastId_;
-        current_ = &record;
+        current_.swap(former);
     }
-    log.Write("CreateCommunicationPort - ", "END\n", kLogCalls);
+    record->Log().Write("CreateCommunicationPort - ", "END\n", kLogCalls);
     return kPortOk;
 }
 
-PortRecord* PortTable::FindLocked(uint32_t communicationId) const
+std::shared_ptr<PortRecord> PortTable::FindLocked(uint32_t communicationId) const
 {
-    const auto found = std::find_if(records_.begin(), records_.end(),
-                                    [=](const auto& record) { return record->Id() == communicationId; });
-    return found == records_.end() ? nullptr : found->get();
+    const auto found = records_.find(communicationId);
+    return found == records_.end() ? nullptr : found->second;
 }
 
-PortRecord* PortTable::Find(uint32_t communicationId) const
+std::shared_ptr<PortRecord> PortTable::Find(uint32_t communicationId) const
 {
     const platform::LockHold hold(lock_);
     return FindLocked(communicationId);
 }
 
-PortRecord* PortTable::Select(uint32_t communicationId)
+void PortTable::Remove(uint32_t communicationId)
 {
-    PortRecord* former = nullptr;
-    PortRecord* found = nullptr;
+    std::shared_ptr<PortRecord> removed;  // destroyed without the lock
+    const platform::LockHold hold(lock_);
+    const auto found = records_.find(communicationId);
+    if (found == records_.end()) return;
+    removed = std::move(found->second);
+    records_.erase(found);
+}
+
+std::shared_ptr<PortRecord> PortTable::Select(uint32_t communicationId)
+{
+    std::shared_ptr<PortRecord> former;
+    std::shared_ptr<PortRecord> found;
     {
         const platform::LockHold hold(lock_);
         former = current_;
@@ -87,7 +96,7 @@ uint32_t PortTable::SetCommunicationPort(uint32_t communicationId)
 template <typename Call>
 uint32_t PortTable::OnCurrent(Call call)
 {
-    PortRecord* record = nullptr;
+    std::shared_ptr<PortRecord> record;
     {
         const platform::LockHold hold(lock_);
         record = current_;

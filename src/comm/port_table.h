@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
-#include <vector>
 
 #include "comm/port_record.h"
 #include "comm/port_system.h"
@@ -14,16 +14,20 @@ namespace marbex::comm {
 // function but CreateCommunicationPort and SetCommunicationPort acts on it. Results are 0 or a code (port_record.h,
 // transports).
 //
-// Records are never removed, so that whoever resolved one may keep using it without the table's lock, which is held for
-// the selection only and never across a transfer.
+// A record lives until it is removed and neither current nor in use: whoever resolved one keeps it, without the table's
+// lock, which is held for the selection only and never across a transfer.
 class PortTable {
 public:
     explicit PortTable(PortSystem system = {});
 
     // Makes a record with the next id (the first is 1) and makes it current. A com type other than 0 serial, 1
-    // Ethernet, 2 USB counts as 0. Destination 0 nothing, 1 file, 2 debugger's output.
-    uint32_t CreateCommunicationPort(int32_t comType, uint32_t logDestination, uint32_t logMask,
-                                     const char* logFilePath, uint32_t* communicationId);
+    // Ethernet, 2 USB counts as 0. Destination 0 nothing, 1 file, 2 debugger's output; the limit of
+    // the file in megabytes, 0 for none. The signal shortens what waits
+    // for a printer that makes no progress.
+    uint32_t CreateCommunicationPort(
+        int32_t comType, uint32_t logDestination, uint32_t logMask, const char* logFilePath, uint32_t* communicationId,
+        std::shared_ptr<const platform::StopSignal> stop = std::make_shared<platform::StopSignal>(),
+        uint32_t logLimit = 0);
     uint32_t SetCommunicationPort(uint32_t communicationId);
 
     uint32_t InitSerialPort(const char* portName, uint32_t baudRate, uint32_t parity, uint32_t byteSize,
@@ -44,19 +48,21 @@ public:
     uint32_t Close();
 
     // SetCommunicationPort and the record it made current, in one step that no other thread divides; null without one.
-    PortRecord* Select(uint32_t communicationId);
+    std::shared_ptr<PortRecord> Select(uint32_t communicationId);
     // The record of an id, without making it current and without a line in the log; null when there is none.
-    PortRecord* Find(uint32_t communicationId) const;
+    std::shared_ptr<PortRecord> Find(uint32_t communicationId) const;
+    // The id means nothing from now on. A record that is current stays so until another one is.
+    void Remove(uint32_t communicationId);
 
 private:
-    PortRecord* FindLocked(uint32_t communicationId) const MARBEX_REQUIRES(lock_);
+    std::shared_ptr<PortRecord> FindLocked(uint32_t communicationId) const MARBEX_REQUIRES(lock_);
     template <typename Call>
     uint32_t OnCurrent(Call call);
 
     const PortSystem system_;
     mutable platform::Lock lock_;
-    std::vector<std::unique_ptr<PortRecord>> records_ MARBEX_GUARDED_BY(lock_);  // in order of their ids
-    PortRecord* current_ MARBEX_GUARDED_BY(lock_) = nullptr;
+    std::map<uint32_t, std::shared_ptr<PortRecord>> records_ MARBEX_GUARDED_BY(lock_);  // by their ids
+    std::shared_ptr<PortRecord> current_ MARBEX_GUARDED_BY(lock_);
     uint32_t lastId_ MARBEX_GUARDED_BY(lock_) = 0;
 };
 

@@ -10,6 +10,8 @@ namespace {
 // A connection takes a 16-bit length; longer data goes in pieces, or all but the remainder of 65536 would be lost.
 constexpr std::size_t kLongestPiece = 32768;
 
+constexpr uint32_t kLongestReadMilliseconds = 60000;
+
 int32_t WriteInPieces(CPortConnection& connection, const uint8_t* buffer, std::size_t length)
 {
     for (std::size_t offset = 0; offset < length; offset += kLongestPiece) {
@@ -32,7 +34,7 @@ CPrinterPort::~CPrinterPort()
 void CPrinterPort::ApplyCommonSettings(CPortConnection& connection) const
 {
     connection.SetComType(static_cast<int32_t>(portType_));
-    connection.SetLog(logLevel_, logDestinationSelector_, logDirectory_, logFileNumber_);
+    connection.SetLog(logLevel_, logDestinationSelector_, logDirectory_, logFileNumber_, logLimit_);
     connection.SetTimeouts(sendTimeout_, receiveTimeout_);
     connection.SetFormat(format_);
     connection.SetHandshake(handshake_);
@@ -41,7 +43,7 @@ void CPrinterPort::ApplyCommonSettings(CPortConnection& connection) const
 int32_t CPrinterPort::Open()
 {
     if (IsOpen()) return -1;
-    primary_ = std::make_unique<CPortConnection>(table_);
+    primary_ = std::make_unique<CPortConnection>(table_, stop_);
     ApplyCommonSettings(*primary_);
     primary_->SetEthernet(address_, tcpPort_);
     primary_->SetPrinterName(printerName_);
@@ -64,6 +66,7 @@ int32_t CPrinterPort::CloseAll()
 {
     const bool wasOpen = primary_ != nullptr && primary_->IsOpen();
     if (wasOpen) {
+        formerOpenings_ += primary_->Use().Openings();
         primary_->Close();
         primary_.reset();
     }
@@ -87,7 +90,10 @@ int32_t CPrinterPort::WriteByte(uint8_t value)
 int32_t CPrinterPort::Write(const uint8_t* buffer, std::size_t length)
 {
     if (!IsOpen()) return -1;
-    return WriteInPieces(*primary_, buffer, length);
+    const std::size_t first = std::min(kLongestPiece, length);
+    const int32_t result = WriteInPieces(*primary_, buffer, first);
+    openingOfWrite_ = formerOpenings_ + primary_->Use().OpeningOfWrite();
+    return result != 0 ? result : WriteInPieces(*primary_, buffer + first, length - first);
 }
 
 int32_t CPrinterPort::ReadByte(uint8_t* buffer)
@@ -103,6 +109,18 @@ int32_t CPrinterPort::Read(uint8_t* buffer, uint16_t* length)
     if (primary_->Read(buffer, *length, &count) != 0) return -1;
     *length = static_cast<uint16_t>(count);
     return static_cast<int32_t>(count);
+}
+
+LinkRead CPrinterPort::ReadWithin(std::span<uint8_t> room, uint32_t milliseconds, std::size_t& count)
+{
+    count = 0;
+    if (!IsOpen()) return LinkRead::kFailed;
+    uint32_t arrived = 0;
+    const auto size = static_cast<uint32_t>(std::min<std::size_t>(room.size(), 0xFFFF));
+    const uint32_t limit = std::clamp<uint32_t>(milliseconds, 1, kLongestReadMilliseconds);
+    const LinkRead result = primary_->ReadWithin(room.data(), size, limit, &arrived);
+    count = arrived;
+    return result;
 }
 
 int32_t CPrinterPort::WriteText(const char* text)
@@ -133,10 +151,15 @@ int32_t CPrinterPort::CleanBothAgain()
     return CleanBoth();
 }
 
+void CPrinterPort::DiscardInput()
+{
+    if (IsOpen()) primary_->DiscardInput();
+}
+
 int32_t CPrinterPort::OpenSecondary(uint32_t comPort)
 {
     if (secondary_ != nullptr && secondary_->IsOpen()) return -1;
-    secondary_ = std::make_unique<CPortConnection>(table_);
+    secondary_ = std::make_unique<CPortConnection>(table_, stop_);
     ApplyCommonSettings(*secondary_);
     secondary_->SetSerialPort(comPort, baudRate_);
     if (secondary_->Open() != 0) {
@@ -152,18 +175,34 @@ int32_t CPrinterPort::WriteSecondary(const uint8_t* buffer, std::size_t length)
     return secondary_ == nullptr ? 1 : WriteInPieces(*secondary_, buffer, length);
 }
 
+uint32_t CPrinterPort::Openings() const
+{
+    return formerOpenings_ + (IsOpen() ? primary_->Use().Openings() : 0);
+}
+
+uint32_t CPrinterPort::BaudRate() const
+{
+    return IsOpen() ? primary_->BaudRate() : 0;
+}
+
+void CPrinterPort::RequestStop(bool stop)
+{
+    stop_->Set(stop);
+}
+
 void CPrinterPort::SetPortType(uint32_t portType)
 {
     portType_ = portType;
 }
 
 void CPrinterPort::SetLog(uint32_t level, uint32_t destinationSelector, const std::string& directory,
-                          uint32_t fileNumber)
+                          uint32_t fileNumber, uint32_t limit)
 {
     logLevel_ = level;
     logDestinationSelector_ = destinationSelector;
     logDirectory_ = directory;
     logFileNumber_ = fileNumber;
+    logLimit_ = limit;
 }
 
 void CPrinterPort::SetTimeouts(uint32_t sendMilliseconds, uint32_t receiveMilliseconds)

@@ -276,13 +276,16 @@ uint32_t CNuComSerial::OpenLine(const OperationLog& log)
         RemoveOwnLink();
         return log.Fail(106, "Open failed: invalid handle returned\n");
     }
+    handle_->HeedStop(stop_);
     const uint32_t result = ConfigureLine(log);
     if (result != 0) {
         lastSystemError_ = handle_->LastError();
         handle_.reset();
         RemoveOwnLink();
+        return result;
     }
-    return result;
+    use_.Opened();
+    return 0;
 }
 
 uint32_t CNuComSerial::ConfigureLine(const OperationLog& log)

@@ -16,8 +16,9 @@ constexpr const char* kNotOpen = "Impossibile to perform the operation: device i
 
 }  // namespace
 
-CNuComSerial::CNuComSerial(const CComLayerLog& log, platform::SerialSystem& system, platform::Clock& clock)
-    : log_(log), system_(system), lostLink_(clock)
+CNuComSerial::CNuComSerial(const CComLayerLog& log, platform::SerialSystem& system, platform::Clock& clock,
+                           const platform::StopSignal& stop)
+    : log_(log), system_(system), stop_(stop), lostLink_(clock), givenUp_(stop)
 {
 }
 
@@ -62,14 +63,14 @@ uint32_t CNuComSerial::WriteSerial(const uint8_t* buffer, uint32_t length)
 {
     const OperationLog log(log_, "CNuComSerial::WriteSerial - ");
     log.Start();
-    bytesWritten_ = 0;
+    use_.WriteBegins();
     if (!open_) return log.Fail(103, kNotOpen);
     if (buffer == nullptr || length == 0) return log.End();
     const uint32_t packet = std::min(length, writePacketSize_);
     log.Progress("Bytes to send: %d, packet byte used:%d\n", length, packet);
     log.Progress("%d bytes to write:\n", length);
     const uint32_t result = SendPackets(log, buffer, length, packet);
-    if (bytesWritten_ != length) {
+    if (use_.BytesWritten() != length) {
         if (handle_ != nullptr) handle_->Purge(true, true);
         log.Progress("Purge communication ports\n");
     }
@@ -82,13 +83,14 @@ uint32_t CNuComSerial::SendPackets(const OperationLog& log, const uint8_t* buffe
     if (!RegainLine()) return log.Fail(111, "Write failed: error system occurred during Write()\n");
     for (uint32_t offset = 0; offset < length; offset += packet) {
         const auto bytes = std::as_bytes(std::span(buffer + offset, std::min(packet, length - offset)));
-        const platform::SerialTransfer sent = handle_->Write(bytes);
+        const auto sent = givenUp_ ? platform::SerialTransfer{true, 0} : handle_->Write(bytes);
         if (!sent.ok) {
             lastSystemError_ = handle_->LastError();
             return log.Fail(111, "Write failed: error system occurred during Write()\n");
         }
+        if (sent.count < bytes.size()) givenUp_.WaitedInVain();
         if (sent.count == 0) return log.Fail(112, "Write failed: no bytes send during writing operation \n");
-        bytesWritten_ += static_cast<uint32_t>(sent.count);
+        use_.Took(static_cast<uint32_t>(sent.count));
         if (!log.DumpsBytes()) continue;
         for (uint32_t i = offset; i < offset + sent.count; ++i)
             log.Bytes("SendBuffer[0x%02x]=0x%02x \n", i, buffer[i]);
@@ -97,6 +99,18 @@ uint32_t CNuComSerial::SendPackets(const OperationLog& log, const uint8_t* buffe
 }
 
 uint32_t CNuComSerial::ReadSerial(uint8_t* buffer, uint32_t size, uint32_t* count)
+{
+    return Read(buffer, size, count, std::nullopt);
+}
+
+LinkRead CNuComSerial::ReadSerialWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count)
+{
+    const uint32_t result = Read(buffer, size, count, milliseconds);
+    if (result != 0 && result != 114) return LinkRead::kFailed;
+    return *count > 0 ? LinkRead::kArrived : LinkRead::kNothing;
+}
+
+uint32_t CNuComSerial::Read(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within)
 {
     const OperationLog log(log_, "CNuComSerial::ReadSerial - ");
     log.Start();
@@ -107,7 +121,8 @@ uint32_t CNuComSerial::ReadSerial(uint8_t* buffer, uint32_t size, uint32_t* coun
     log.Progress("Receive buffer size: %d, packet size setted:%d, packet used for read:%d \n", size, readPacketSize_,
                  wanted);
     if (!RegainLine()) return log.Fail(113, "Read failed: error system occurred during Read()\n");
-    const platform::SerialTransfer received = handle_->Read(std::as_writable_bytes(std::span(buffer, wanted)));
+    const auto room = std::as_writable_bytes(std::span(buffer, wanted));
+    const platform::SerialTransfer received = within ? handle_->ReadUntilStopped(room, *within) : handle_->Read(room);
     if (!received.ok) {
         lastSystemError_ = handle_->LastError();
         NoticeLoss();
@@ -154,6 +169,11 @@ uint32_t CNuComSerial::CleanSerial(bool clearOutput, bool clearInput)
         return log.Fail(117, "Purge error: clean has failed\n");
     }
     return log.End();
+}
+
+void CNuComSerial::DiscardInput()
+{
+    if (handle_ != nullptr) handle_->Purge(false, true);
 }
 
 // Takes a modem line out of the driver's hands: 0, 115, 108, or 1 when the line is disabled.

@@ -6,6 +6,9 @@
 #include <span>
 #include <string>
 
+#include "comm/given_up.h"
+#include "comm/link_read.h"
+#include "comm/link_use.h"
 #include "comm/lost_link.h"
 #include "comm/operation_log.h"
 #include "platform/clock.h"
@@ -19,7 +22,9 @@ namespace marbex::comm {
 // runs on the caller's thread and is bounded by the line's time-outs. One caller at a time.
 class CNuComSerial {
 public:
-    CNuComSerial(const CComLayerLog& log, platform::SerialSystem& system, platform::Clock& clock);
+    // The signal, which must outlive the transport, shortens what waits for a printer that makes no progress.
+    CNuComSerial(const CComLayerLog& log, platform::SerialSystem& system, platform::Clock& clock,
+                 const platform::StopSignal& stop = platform::kNeverStopped);
     CNuComSerial(const CNuComSerial&) = delete;
     CNuComSerial& operator=(const CNuComSerial&) = delete;
     ~CNuComSerial();
@@ -36,7 +41,10 @@ public:
     // In packets, each with one write; a short write is not made up for, BytesWritten tells.
     uint32_t WriteSerial(const uint8_t* buffer, uint32_t length);
     uint32_t ReadSerial(uint8_t* buffer, uint32_t size, uint32_t* count);
+    // Likewise, with a time limit of its own in place of the line's total.
+    LinkRead ReadSerialWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count);
     uint32_t CleanSerial(bool clearOutput, bool clearInput);
+    void DiscardInput();  // what has arrived; never waits, writes no line
     uint32_t SetDTR(bool on);
     uint32_t SetRTS(bool on);
     uint32_t CloseSerial();
@@ -48,12 +56,13 @@ public:
     int32_t GetTheLinkPathName(const std::string& portName, std::string& device);
     int32_t CreateComPortLink(const std::string& portName, uint32_t version, std::string& openPath);
 
-    uint32_t BytesWritten() const { return bytesWritten_; }  // by the last WriteSerial
+    const LinkUse& Use() const { return use_; }
     uint32_t LastSystemError() const { return lastSystemError_; }
 
 private:
     uint32_t InitParameters(const OperationLog& log, uint32_t baudRate, uint32_t parity, uint32_t byteSize,
                             uint32_t stopBits, uint32_t flowControl);
+    uint32_t Read(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within);
     uint32_t OpenLine(const OperationLog& log);
     uint32_t ConfigureLine(const OperationLog& log);
     void FillSettings(platform::LineSettings& settings) const;
@@ -65,6 +74,7 @@ private:
 
     const CComLayerLog& log_;
     platform::SerialSystem& system_;
+    const platform::StopSignal& stop_;
     std::unique_ptr<platform::SerialLine> handle_;
     bool initialised_ = false;
     bool parametersSet_ = true;
@@ -82,9 +92,10 @@ private:
     bool linkIsOwn_ = false;  // made by this transport, so removed by it
     platform::SerialTimeouts timeouts_{10, 10, 1000, 100, 1000};
     uint32_t lastSystemError_ = 0;
-    uint32_t bytesWritten_ = 0;
+    LinkUse use_;
     // An adapter that is unplugged and plugged in again is a new device: the line is opened anew, lines as they were.
     LostLink lostLink_;
+    GivenUp givenUp_;
     std::optional<bool> dtr_;
     std::optional<bool> rts_;
 };

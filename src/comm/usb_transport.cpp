@@ -10,15 +10,18 @@ using platform::UsbStatus;
 namespace {
 
 constexpr uint32_t kLongestTimeout = 0x7FFFFFFF;
-constexpr uint32_t kDrainSilence = 50;  // milliseconds
+constexpr uint32_t kDrainSilence = 50;    // milliseconds
+constexpr uint32_t kDiscardLimit = 1000;  // milliseconds
 constexpr std::size_t kDrainChunk = 256;
+constexpr uint32_t kEmptyTransferPause = 10;  // milliseconds
 
 constexpr const char* kNotOpen = "Usb device not opened: imposible to perform operation\n";
 
 }  // namespace
 
-CNuComUsb::CNuComUsb(const CComLayerLog& log, platform::UsbSystem& system, platform::Clock& clock)
-    : log_(log), system_(system), clock_(clock), lostLink_(clock)
+CNuComUsb::CNuComUsb(const CComLayerLog& log, platform::UsbSystem& system, platform::Clock& clock,
+                     const platform::StopSignal& stop)
+    : log_(log), system_(system), clock_(clock), stop_(stop), lostLink_(clock), givenUp_(stop)
 {
 }
 
@@ -67,7 +70,10 @@ uint32_t CNuComUsb::OpenUsb()
         readPipe_.reset();
         return log.Fail(308, "Invalid handle returned opening the USB device\n");
     }
+    writePipe_->HeedStop(stop_);
+    readPipe_->HeedStop(stop_);
     open_ = true;
+    use_.Opened();
     lostLink_.Forget();
     return log.End();
 }
@@ -82,7 +88,7 @@ uint32_t CNuComUsb::WriteUsb(const uint8_t* buffer, uint32_t length)
 {
     const OperationLog log(log_, "CNuComUsb::WriteUsb - ");
     log.Start();
-    bytesWritten_ = 0;
+    use_.WriteBegins();
     if (!HasLink()) return log.Fail(309, kNotOpen);
     if (buffer == nullptr || length == 0) return log.End();
     const uint32_t packet = std::min(length, writePacketSize_);
@@ -90,7 +96,7 @@ uint32_t CNuComUsb::WriteUsb(const uint8_t* buffer, uint32_t length)
     log.Progress("%d bytes to write:\n", length);
     const uint32_t result = SendPackets(log, buffer, length, packet);
     if (result == 330) return result;
-    if (bytesWritten_ != length) {
+    if (use_.BytesWritten() != length) {
         writePipe_->Cancel();
         log.Progress("Warning: USB write not completed,not all bytes were written\n");
     }
@@ -101,9 +107,11 @@ uint32_t CNuComUsb::SendPackets(const OperationLog& log, const uint8_t* buffer, 
 {
     for (uint32_t offset = 0; offset < length; offset += packet) {
         const uint32_t size = std::min(packet, length - offset);
-        const auto sent = writePipe_->Write(std::as_bytes(std::span(buffer + offset, size)), sendTimeout_);
+        const auto sent = givenUp_ ? platform::UsbTransfer{UsbStatus::kTimedOut, 0}
+                                   : writePipe_->Write(std::as_bytes(std::span(buffer + offset, size)), sendTimeout_);
+        if (sent.status == UsbStatus::kTimedOut) givenUp_.WaitedInVain();
         if (sent.status != UsbStatus::kDone || sent.count == 0) return WriteFailure(log, sent);
-        bytesWritten_ += static_cast<uint32_t>(sent.count);
+        use_.Took(static_cast<uint32_t>(sent.count));
         if (!log.DumpsBytes()) continue;
         for (uint32_t i = offset; i < offset + sent.count; ++i)
             log.Bytes("SendBuffer[0x%02x]=0x%02x \n", i, buffer[i]);
@@ -130,6 +138,31 @@ uint32_t CNuComUsb::WriteFailure(const OperationLog& log, const platform::UsbTra
 
 uint32_t CNuComUsb::ReadUsb(uint8_t* buffer, uint32_t size, uint32_t* count)
 {
+    return Read(buffer, size, count, std::nullopt);
+}
+
+LinkRead CNuComUsb::ReadUsbWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count)
+{
+    const uint32_t result = Read(buffer, size, count, milliseconds);
+    if (result != 0 && result != 323) return LinkRead::kFailed;
+    return *count > 0 ? LinkRead::kArrived : LinkRead::kNothing;
+}
+
+// A printer that has nothing to say may answer each time it is asked, with a transfer of no bytes.
+platform::UsbTransfer CNuComUsb::AwaitBytes(std::span<std::byte> room, uint32_t milliseconds)
+{
+    const uint64_t start = clock_.Milliseconds();
+    for (;;) {
+        const uint64_t passed = std::min<uint64_t>(clock_.Milliseconds() - start, milliseconds);
+        const auto got = readPipe_->ReadUntilStopped(room, static_cast<uint32_t>(milliseconds - passed));
+        if (got.status != UsbStatus::kDone || got.count > 0) return got;
+        if (passed == milliseconds || stop_.IsSet()) return got;
+        clock_.Sleep(kEmptyTransferPause);
+    }
+}
+
+uint32_t CNuComUsb::Read(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within)
+{
     const OperationLog log(log_, "CNuComUsb::ReadUsb - ");
     log.Start();
     *count = 0;
@@ -138,7 +171,8 @@ uint32_t CNuComUsb::ReadUsb(uint8_t* buffer, uint32_t size, uint32_t* count)
     const uint32_t wanted = std::min(size, readPacketSize_);
     log.Progress("Receive buffer size: %d, packet size setted:%d, packet used for read:%d \n", size, readPacketSize_,
                  wanted);
-    const auto received = readPipe_->Read(std::as_writable_bytes(std::span(buffer, wanted)), receiveTimeout_);
+    const auto room = std::as_writable_bytes(std::span(buffer, wanted));
+    const auto received = within ? AwaitBytes(room, *within) : readPipe_->Read(room, receiveTimeout_);
     if (received.status != UsbStatus::kDone) return ReadFailure(log, received.status);
     *count = static_cast<uint32_t>(received.count);
     log.Call("%d bytes read:\n", *count);
@@ -184,7 +218,7 @@ uint32_t CNuComUsb::CleanUsb(bool clearOutput, bool clearInput)
         log.Progress("USB write channel cleaned\n");
     }
     if (clearInput) {
-        if (!DrainInput()) {
+        if (!DrainInput(receiveTimeout_)) {
             lastSystemError_ = readPipe_->LastError();
             return log.Fail(321, "Error cleaning USB channels\n");
         }
@@ -193,16 +227,21 @@ uint32_t CNuComUsb::CleanUsb(bool clearOutput, bool clearInput)
     return log.End();
 }
 
-bool CNuComUsb::DrainInput()
+void CNuComUsb::DiscardInput()
+{
+    if (open_) DrainInput(std::min(receiveTimeout_, kDiscardLimit));
+}
+
+bool CNuComUsb::DrainInput(uint32_t limitMilliseconds)
 {
     std::array<std::byte, kDrainChunk> waste{};
-    const uint64_t end = clock_.Milliseconds() + receiveTimeout_;
+    const uint64_t end = clock_.Milliseconds() + limitMilliseconds;
     for (;;) {
         const auto received = readPipe_->Read(waste, kDrainSilence);
         if (received.status == UsbStatus::kTimedOut) break;
         if (received.status != UsbStatus::kDone) return false;
         // A printer that never stops sending must not hold its caller for ever.
-        if (received.count == 0 || clock_.Milliseconds() >= end) break;
+        if (received.count == 0 || stop_.IsSet() || clock_.Milliseconds() >= end) break;
     }
     return readPipe_->Cancel();
 }

@@ -3,8 +3,13 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 
+#include "comm/given_up.h"
+#include "comm/link_read.h"
+#include "comm/link_use.h"
 #include "comm/lost_link.h"
 #include "comm/operation_log.h"
 #include "platform/clock.h"
@@ -19,7 +24,9 @@ namespace marbex::comm {
 // runs on the caller's thread and is bounded by the send or receive time-out for each packet. One caller at a time.
 class CNuComUsb {
 public:
-    CNuComUsb(const CComLayerLog& log, platform::UsbSystem& system, platform::Clock& clock);
+    // The signal, which must outlive the transport, shortens what waits for a printer that makes no progress.
+    CNuComUsb(const CComLayerLog& log, platform::UsbSystem& system, platform::Clock& clock,
+              const platform::StopSignal& stop = platform::kNeverStopped);
     CNuComUsb(const CNuComUsb&) = delete;
     CNuComUsb& operator=(const CNuComUsb&) = delete;
 
@@ -31,8 +38,11 @@ public:
     // unplugged meanwhile closes the transport.
     uint32_t WriteUsb(const uint8_t* buffer, uint32_t length);
     uint32_t ReadUsb(uint8_t* buffer, uint32_t size, uint32_t* count);  // success with 0 bytes is possible
+    // Likewise, with a time limit of its own; transfers without bytes do not end it.
+    LinkRead ReadUsbWithin(uint8_t* buffer, uint32_t size, uint32_t milliseconds, uint32_t* count);
     // Input is drained until the printer is silent for 50 ms, at most for the receive time-out.
     uint32_t CleanUsb(bool clearOutput, bool clearInput);
+    void DiscardInput();  // likewise, at most for a second; writes no line
     uint32_t CloseUsb();
 
     // The Plug and Play parent prefix of an installed printer; 1 or 0.
@@ -41,7 +51,7 @@ public:
     int32_t FindSymbolicLinkFromName(std::string& devicePath, const std::string& vid, const std::string& pid,
                                      const std::string& prefix);
 
-    uint32_t BytesWritten() const { return bytesWritten_; }  // by the last WriteUsb
+    const LinkUse& Use() const { return use_; }
     uint32_t LastSystemError() const { return lastSystemError_; }
 
 private:
@@ -49,16 +59,19 @@ private:
     uint32_t FindDeviceKey(const OperationLog& log, const std::string& prefix, std::string& deviceKey);
     bool HasParentPrefix(const OperationLog& log, const std::string& instanceKey, const std::string& prefix);
     uint32_t SendPackets(const OperationLog& log, const uint8_t* buffer, uint32_t length, uint32_t packet);
+    uint32_t Read(uint8_t* buffer, uint32_t size, uint32_t* count, std::optional<uint32_t> within);
+    platform::UsbTransfer AwaitBytes(std::span<std::byte> room, uint32_t milliseconds);
     uint32_t WriteFailure(const OperationLog& log, const platform::UsbTransfer& sent);
     uint32_t ReadFailure(const OperationLog& log, platform::UsbStatus status);
     uint32_t LoseDevice(const OperationLog& log, platform::UsbPipe& pipe);
-    bool DrainInput();
+    bool DrainInput(uint32_t limitMilliseconds);
     uint32_t ClosePipes();
     bool HasLink();
 
     const CComLayerLog& log_;
     platform::UsbSystem& system_;
     platform::Clock& clock_;
+    const platform::StopSignal& stop_;
     std::unique_ptr<platform::UsbPipe> writePipe_;
     std::unique_ptr<platform::UsbPipe> readPipe_;
     uint32_t writePacketSize_ = 64;
@@ -72,8 +85,9 @@ private:
     std::string pid_;
     std::string parentIdPrefix_;
     uint32_t lastSystemError_ = 0;
-    uint32_t bytesWritten_ = 0;
+    LinkUse use_;
     LostLink lostLink_;
+    GivenUp givenUp_;
 };
 
 }  // namespace marbex::comm

@@ -81,7 +81,7 @@ int32_t MarbexOposLineDisplayDriver::ClearDescriptors()
     return RefuseUnsupported("ClearDescriptors Begin", "ClearDescriptors Not Supported");
 }
 
-int32_t MarbexOposLineDisplayDriver::SetDescriptor()
+int32_t MarbexOposLineDisplayDriver::SetDescriptor(int32_t, int32_t)
 {
     return RefuseUnsupported("SetDescriptor Begin", "SetDescriptor Not Supported");
 }

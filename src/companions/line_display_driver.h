@@ -25,7 +25,7 @@ public:
 
     // Not supported.
     int32_t ClearDescriptors();
-    int32_t SetDescriptor();
+    int32_t SetDescriptor(int32_t Descriptor = 0, int32_t Attribute = 0);
     // The method CreateWindow, whose own name is a macro of the Windows headers.
     int32_t CreateDisplayWindow(int32_t ViewportRow, int32_t ViewportColumn, int32_t ViewportHeight,
                                 int32_t ViewportWidth, int32_t WindowHeight, int32_t WindowWidth);

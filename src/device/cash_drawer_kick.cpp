@@ -25,15 +25,16 @@ int32_t PrinterDevice::External_CashDrawer_OpenDrawer(int32_t OnTime, int32_t Of
     LogWrite("[%s] External_CashDrawer_OpenDrawer Begin", tag_);
     SetErrorCode(0, 0);
     if (IsClosed()) return Refuse(opos::OPOS_E_CLOSED);
+    int32_t result = opos::OPOS_SUCCESS;
     if (model_.drawer == DrawerKick::kSuperIo) {
         if (!OpenSuperIoDrawer(tag_, clock_, OnTime, OffTime)) return Refuse(opos::OPOS_E_ILLEGAL);
     } else {
         // ESC p, connector 0x30, on time, off time.
         const char kick[] = {'\x1B', 'p', '\x30', HalfAsByte(OnTime), HalfAsByte(OffTime)};
-        RecordSpoolerResult(SendDirectIO({kick, sizeof kick}));
+        result = RecordSpoolerResult(SendDirectIO({kick, sizeof kick}));
     }
     LogWrite("[%s] External_CashDrawer_OpenDrawer End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 }  // namespace marbex::device

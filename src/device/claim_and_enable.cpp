@@ -12,9 +12,10 @@ using support::LogWrite;
 int32_t PrinterDevice::ClaimDevice(int32_t Timeout)
 {
     LogWrite("[%s] ClaimDevice Begin", tag_);
-    SetErrorCode(opos::OPOS_E_TIMEOUT, 0);
-    if (Claimed.load() != 0) {
-        SetErrorCode(opos::OPOS_E_CLAIMED, 0);
+    int32_t result = opos::OPOS_E_TIMEOUT;
+    SetErrorCode(result, 0);
+    if (Claimed.load() != 0 && !IsClosed()) {
+        result = Refuse(opos::OPOS_E_CLAIMED);
     } else if (CurrentState() == opos::OPOS_S_IDLE) {
         std::shared_ptr<platform::Semaphore> semaphore;
         {
@@ -34,32 +35,36 @@ int32_t PrinterDevice::ClaimDevice(int32_t Timeout)
             } else {
                 Claimed = 1;
                 DeviceEnabled = 0;
-                SetErrorCode(0, 0);
+                result = opos::OPOS_SUCCESS;
+                SetErrorCode(result, 0);
             }
         }
     }
     LogWrite("[%s] ClaimDevice End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::ReleaseDevice()
 {
     LogWrite("[%s] ReleaseDevice Begin", tag_);
-    SetErrorCode(opos::OPOS_E_TIMEOUT, 0);
-    if (Claimed.load() == 0) {
-        SetErrorCode(opos::OPOS_E_ILLEGAL, 0);
+    int32_t result = opos::OPOS_E_TIMEOUT;
+    SetErrorCode(result, 0);
+    if (Claimed.load() == 0 || IsClosed()) {
+        result = Refuse(opos::OPOS_E_ILLEGAL);
     } else if (CurrentState() == opos::OPOS_S_IDLE) {
         {
             platform::LockHold hold(claimLock_);
-            if (ClaimSemaphore) ClaimSemaphore->Release();
+            const bool held = Claimed.exchange(0) != 0;
+            DeviceEnabled = 0;
+            if (ClaimSemaphore && held) ClaimSemaphore->Release();
         }
-        DeviceEnabled = 0;
-        Claimed = 0;
-        Events.Clear();
-        SetErrorCode(0, 0);
+        // An error that has just come up, since the look at the state, is still to be answered.
+        Events.Clear(events::CEventHandler::ErrorEvents::kKept);
+        result = opos::OPOS_SUCCESS;
+        SetErrorCode(result, 0);
     }
     LogWrite("[%s] ReleaseDevice End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::Claim(int32_t Timeout)
@@ -99,15 +104,14 @@ void PrinterDevice::SetDeviceEnabledState(bool Enabled)
 int32_t PrinterDevice::COFreezeEvents(bool Freeze)
 {
     LogWrite("[%s] COFreezeEvents Begin", tag_);
-    if (IsClosed()) {
-        SetErrorCode(opos::OPOS_E_CLOSED, 0);
-    } else {
+    const int32_t result = IsClosed() ? opos::OPOS_E_CLOSED : opos::OPOS_SUCCESS;
+    if (result == opos::OPOS_SUCCESS) {
         COFreezeEvents_ = Freeze;
         Events.COFreezeEvents(Freeze);
-        SetErrorCode(0, 0);
     }
+    SetErrorCode(result, 0);
     LogWrite("[%s] COFreezeEvents End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 void PrinterDevice::DoFreezeEvents(bool Freeze)

@@ -9,6 +9,8 @@
 //   further up the same stack. Freeing the spooler under it would be wrong and waiting for it would be waiting for
 //   ourselves; so the nested call does the first half, and the waiting operation, which ends now, does the rest when it
 //   unwinds.
+// - An operation that is under way on another thread ends by itself, now that no answer is awaited. Its event handler
+//   may be waiting for this very call, though; so a close waits a few seconds for it and then leaves the rest to it.
 // - A CloseService inside a CloseService does nothing.
 // - On another thread than the window's the same steps wait plainly.
 
@@ -26,25 +28,18 @@ namespace {
 // How often a wait for the printer mutex looks at what may end it.
 constexpr uint32_t kLookMilliseconds = 50;
 constexpr uint64_t kFrozenLimitMilliseconds = 30000;
+constexpr uint32_t kOperationsOfOthersMilliseconds = 3000;
 
 }  // namespace
 
-PrinterDevice::OperationScope::OperationScope(PrinterDevice& device)
-    : device_(device), counted_(device.Events.IsWindowThread())
+PrinterDevice::OperationScope::OperationScope(PrinterDevice& device) : device_(device)
 {
-    if (counted_) ++device_.windowOperations_;
+    device_.calls_.Enter();
 }
 
 PrinterDevice::OperationScope::~OperationScope()
 {
-    if (counted_ && --device_.windowOperations_ == 0 && device_.closeDeferred_.exchange(false)) {
-        device_.FinishClosing();
-    }
-}
-
-bool PrinterDevice::OperationWaitsOnThisThread() const
-{
-    return windowOperations_.load() > 0 && Events.IsWindowThread();
+    if (device_.calls_.Leave()) device_.FinishClosing();
 }
 
 int32_t PrinterDevice::CloseService()
@@ -56,15 +51,11 @@ int32_t PrinterDevice::CloseService()
         closeRunning_ = false;
         return ResultCode.load();
     }
-    if (Claimed.load() != 0) ReleaseDevice();
-    const int32_t result = ResultCode.load();
+    const int32_t released = Claimed.load() != 0 ? ReleaseDevice() : opos::OPOS_SUCCESS;
     BeginClosing();
-    if (OperationWaitsOnThisThread()) {
-        closeDeferred_ = true;
-        return result;
-    }
-    FinishClosing();
-    return result;
+    if (!OperationWaitsOnThisThread()) Wait(calls_.AllEnded(), kOperationsOfOthersMilliseconds);
+    if (!calls_.MayCloseNow()) return released;
+    return FinishClosing() ? released : opos::OPOS_E_TIMEOUT;
 }
 
 void PrinterDevice::BeginClosing()
@@ -75,34 +66,39 @@ void PrinterDevice::BeginClosing()
     PrinterEncoder.RequestStop(true);
 }
 
-void PrinterDevice::FinishClosing()
+bool PrinterDevice::FinishClosing()
 {
     CloseComponents();
     ControlObject_.Detach();
+    const bool printed = !Spooler.DroppedOutput();
+    if (!printed) {
+        LogWrite("[%s] CloseService Queued output was dropped", tag_);
+        SetErrorCode(opos::OPOS_E_TIMEOUT, 0);
+    }
     support::LogClose();
     BecomeClosed();
+    return printed;
 }
 
 void PrinterDevice::CloseComponents()
 {
-    const bool windowThread = Events.IsWindowThread();
-    if (windowThread) ++windowOperations_;  // a wait below runs messages
+    calls_.Enter();  // a wait below runs messages
     Spooler.Close();
     Events.Close();
-    if (windowThread) --windowOperations_;
     ClosePort();
     {
         platform::LockHold hold(claimLock_);
-        if (ClaimSemaphore && Claimed.load() != 0) ClaimSemaphore->Release();  // for a thread that waits to claim
+        const bool held = Claimed.exchange(0) != 0;
+        DeviceEnabled = 0;
+        if (ClaimSemaphore && held) ClaimSemaphore->Release();  // for a thread that waits to claim
         ClaimSemaphore.reset();
-        Claimed = 0;
     }
-    DeviceEnabled = 0;
+    static_cast<void>(calls_.Leave());
 }
 
 void PrinterDevice::BecomeClosed()
 {
-    State = opos::OPOS_S_CLOSED;
+    activity_.Close();
     closing_ = false;
     closeRunning_ = false;
 }

@@ -98,8 +98,9 @@ void PrinterDevice::DeliverError(ErrorEventRecord& record)
 {
     const uint32_t generation = openGeneration_.load();
     if (!record.IsResolved()) {
-        ChangeState(opos::OPOS_S_ERROR);
-        DescribeError(record.resultCodeExtended);  // another error may have been fired since this one was
+        activity_.ErrorIsDelivered();
+        DescribeError(record.resultCode,
+                      record.resultCodeExtended);  // another error may have been fired since this one was
     }
     int32_t response = record.errorResponse.load();
     if (TheProcess().NetMode()) {
@@ -109,7 +110,7 @@ void PrinterDevice::DeliverError(ErrorEventRecord& record)
     }
     // The handler may have closed or reopened the service, and the answer may have been given meanwhile.
     if (generation != openGeneration_.load() || IsClosed() || record.IsResolved()) return;
-    ChangeState(opos::OPOS_S_IDLE);
+    activity_.ErrorIsAnswered(record.origin == events::ErrorOrigin::kPolling);
     ErrorResponse = response;
     record.errorResponse = response;
     if (record.origin == events::ErrorOrigin::kJob) Spooler.NoteAnswer(response);

@@ -40,24 +40,24 @@ std::string PrinterDevice::DisplayBytesOf(const std::string& text) const
     return bytes;
 }
 
-// command and text make up what the display receives. False when they are refused; the refusal is recorded.
-bool PrinterDevice::SendDisplayCommand(const char* operation, int32_t attribute, const std::string& command,
-                                       const std::string& text)
+// command and text make up what the display receives. Records and returns the result, and writes the End line of what
+// was not refused.
+int32_t PrinterDevice::SendDisplayCommand(const char* operation, int32_t attribute, const std::string& command,
+                                          const std::string& text)
 {
     if (attribute != opos::DISP_DT_NORMAL) {
         LogWrite("[%s] attribute not supported", tag_);
-        SetErrorCode(opos::OPOS_E_ILLEGAL, 0);
-        return false;
+        return Refuse(opos::OPOS_E_ILLEGAL);
     }
     std::string bytes = command + DisplayBytesOf(text);
     if (!model_.display->onSecondLink) bytes = kToDisplay + bytes + kToPrinter;
     if (bytes.size() > kLargestCommand) {
         LogWrite("[%s] %s text too long for the display", tag_, operation);
-        SetErrorCode(opos::OPOS_E_ILLEGAL, 0);
-        return false;
+        return Refuse(opos::OPOS_E_ILLEGAL);
     }
-    RecordSpoolerResult(SendDirectIO(bytes, model_.display->onSecondLink));
-    return true;
+    const int32_t result = RecordSpoolerResult(SendDirectIO(bytes, model_.display->onSecondLink));
+    LogWrite("[%s] %s End", tag_, operation);
+    return result;
 }
 
 int32_t PrinterDevice::External_LineDisplay_ClearText()
@@ -66,10 +66,7 @@ int32_t PrinterDevice::External_LineDisplay_ClearText()
     const OperationScope scope(*this);
     SetErrorCode(0, 0);
     LogWrite("[%s] External_LineDisplay_ClearText Begin", tag_);
-    if (!SendDisplayCommand("External_LineDisplay_ClearText", opos::DISP_DT_NORMAL, kClear, {}))
-        return ResultCode.load();
-    LogWrite("[%s] External_LineDisplay_ClearText End", tag_);
-    return ResultCode.load();
+    return SendDisplayCommand("External_LineDisplay_ClearText", opos::DISP_DT_NORMAL, kClear, {});
 }
 
 int32_t PrinterDevice::External_LineDisplay_DisplayText(const std::string& Data, int32_t Attribute)
@@ -78,9 +75,7 @@ int32_t PrinterDevice::External_LineDisplay_DisplayText(const std::string& Data,
     const OperationScope scope(*this);
     SetErrorCode(0, 0);
     LogWrite("[%s] External_LineDisplay_DisplayText Begin", tag_);
-    if (!SendDisplayCommand("External_LineDisplay_DisplayText", Attribute, {}, Data)) return ResultCode.load();
-    LogWrite("[%s] External_LineDisplay_DisplayText End", tag_);
-    return ResultCode.load();
+    return SendDisplayCommand("External_LineDisplay_DisplayText", Attribute, {}, Data);
 }
 
 int32_t PrinterDevice::External_LineDisplay_DisplayTextAt(int32_t Row, int32_t Column, const std::string& Data,
@@ -96,9 +91,7 @@ int32_t PrinterDevice::External_LineDisplay_DisplayTextAt(int32_t Row, int32_t C
     // A display of one row takes no row.
     if (model_.display->rows > 1) command += static_cast<char>(Row & 0xFF);
     command += static_cast<char>(Column & 0xFF);
-    if (!SendDisplayCommand("External_LineDisplay_DisplayTextAt", Attribute, command, Data)) return ResultCode.load();
-    LogWrite("[%s] External_LineDisplay_DisplayTextAt End", tag_);
-    return ResultCode.load();
+    return SendDisplayCommand("External_LineDisplay_DisplayTextAt", Attribute, command, Data);
 }
 
 }  // namespace marbex::device

@@ -22,20 +22,23 @@ int32_t PrinterDevice::GetRegistryData(const std::string& DeviceName, DeviceProf
     return 0;
 }
 
-void PrinterDevice::BeginOpening()
+// False while a close of this device is not finished: its port is still in use.
+bool PrinterDevice::BeginOpening()
 {
     if (State.load() != opos::OPOS_S_CLOSED) CloseService();
+    if (IsBeingClosed()) return false;
     openSettled_->Reset();
     ++openGeneration_;
     Events.SetOwner(weak_from_this());
     platform::LoadAnsiCodePage(systemRegistry_);
     SetErrorCode(0, 0);
+    return true;
 }
 
 bool PrinterDevice::LoadProfile(const std::string& DeviceName, DeviceProfileStruct& profile)
 {
     if (GetRegistryData(DeviceName, profile) != 0) return false;
-    support::LogOpen(profile.LogPath, profile.LogEnabled, profile.LogLevel, 1);
+    support::LogOpen(profile.LogPath, profile.LogEnabled, profile.LogLevel, 1, profile.LogLimit);
     return true;
 }
 
@@ -44,20 +47,20 @@ int32_t PrinterDevice::FailOpening(int32_t resultCode)
     ControlObject_.Detach();
     SetErrorCode(resultCode, 0);
     openSettled_->Set();
-    return ResultCode.load();
+    return resultCode;
 }
 
 int32_t PrinterDevice::OpenService(const std::string&, const std::string& DeviceName, IDispatch* Dispatch)
 {
     TheProcess().SetEventDelivery(false, {});
-    BeginOpening();
+    if (!BeginOpening()) return Refuse(opos::OPOS_E_BUSY);
     DeviceProfileStruct profile{};
     if (!LoadProfile(DeviceName, profile)) return FailOpening(opos::OPOS_E_NOSERVICE);
     LogWrite("[%s] OpenService Begin", tag_);
     if (!ControlObject_.Attach(Dispatch)) return FailOpening(opos::OPOS_E_NOSERVICE);
     if (const int32_t failure = OpenComponents(profile); failure != 0) return FailOpening(failure);
     LogWrite("[%s] OpenService End", tag_);
-    return ResultCode.load();
+    return opos::OPOS_SUCCESS;
 }
 
 int32_t PrinterDevice::OpenService_NET(const std::string&, const std::string& DeviceName,
@@ -65,7 +68,7 @@ int32_t PrinterDevice::OpenService_NET(const std::string&, const std::string& De
 {
     TheProcess().SetEventDelivery(true, EventFileName);
     const bool fileMade = platform::CreateEmptyFile(EventFileName);
-    BeginOpening();
+    if (!BeginOpening()) return Refuse(opos::OPOS_E_BUSY);
     DeviceProfileStruct profile{};
     if (!LoadProfile(DeviceName, profile)) return FailOpening(opos::OPOS_E_NOSERVICE);
     LogWrite("[%s] OpenService_NET Begin", tag_);
@@ -75,7 +78,7 @@ int32_t PrinterDevice::OpenService_NET(const std::string&, const std::string& De
     }
     if (const int32_t failure = OpenComponents(profile); failure != 0) return FailOpening(failure);
     LogWrite("[%s] OpenService_NET End", tag_);
-    return ResultCode.load();
+    return opos::OPOS_SUCCESS;
 }
 
 int32_t PrinterDevice::OpenComponents(const DeviceProfileStruct& profile)
@@ -105,7 +108,7 @@ int32_t PrinterDevice::OpenComponents(const DeviceProfileStruct& profile)
     if (!OpenSpoolerAndEvents(profile)) return opos::OPOS_E_FAILURE;
 
     DeviceEnabled = 0;
-    State = opos::OPOS_S_IDLE;
+    activity_.Open();
     openSettled_->Set();
     SetAsyncMode(AsyncMode.load() != 0);
     DoSetMapMode(MapMode.load());
@@ -116,6 +119,7 @@ bool PrinterDevice::OpenSpoolerAndEvents(const DeviceProfileStruct& profile)
 {
     const bool spooling = Spooler.Open(profile.Settings) == 0;
     Spooler.SetCallback(&PrinterDevice::SpoolerCallback, this);
+    Spooler.ConfirmOutput(profile.ConfirmOutput != 0);
     Spooler.AttachPrinter(&PrinterEncoder);
     Spooler.Clear();
     const bool delivering = spooling && Events.Open() == 0;
@@ -135,7 +139,7 @@ bool PrinterDevice::OpenSpoolerAndEvents(const DeviceProfileStruct& profile)
 void PrinterDevice::ConfigurePort(const DeviceProfileStruct& profile)
 {
     PrinterPort.SetPortType(profile.PortType);
-    PrinterPort.SetLog(profile.LogEnabled, profile.LogLevel, profile.LogPath, 1);
+    PrinterPort.SetLog(profile.LogEnabled, profile.LogLevel, profile.LogPath, 1, profile.LogLimit);
     PrinterPort.SetTimeouts(profile.TimeoutTX, profile.TimeoutRX);
     PrinterPort.SetTcpPort(profile.Port);
     PrinterPort.SetIpAddress(profile.IPAddress);

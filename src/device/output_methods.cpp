@@ -25,80 +25,72 @@ constexpr const char* kMarkFeed = "\x1D\xF8";
 int32_t PrinterDevice::RecordSpoolerResult(int32_t packed)
 {
     constexpr int32_t kLowestOposCode = opos::OPOS_E_CLOSED;
+    int32_t result = packed & 0xFFFF;
+    int32_t extended = packed >> 16;
     if (packed == spooler::kBusy) {
-        SetErrorCode(opos::OPOS_E_BUSY, 0);
+        result = opos::OPOS_E_BUSY;
+        extended = 0;
     } else if (packed > 0 && packed < kLowestOposCode) {
-        SetErrorCode(opos::OPOS_E_FAILURE, 0);  // a code of the encoder's own
-    } else {
-        SetErrorCode(packed & 0xFFFF, packed >> 16);
+        result = opos::OPOS_E_FAILURE;  // a code of the encoder's own
     }
-    // A synchronous job that failed reports no completion; the device is not busy with it any longer.
-    std::thread::id self = std::this_thread::get_id();
-    if (synchronousDepth_.load() == OperationDepth() &&
-        synchronousThread_.compare_exchange_strong(self, std::thread::id()) && packed != 0 && !closing_.load()) {
-        int32_t busy = opos::OPOS_S_BUSY;
-        State.compare_exchange_strong(busy, opos::OPOS_S_IDLE);
-    }
-    return ResultCode.load();
+    SetErrorCode(result, extended);
+    // A job that failed reports no completion; the device is not busy with it any longer.
+    activity_.CallEnds(calls_.Depth());
+    return result;
 }
 
 int32_t PrinterDevice::PrintNormal(int32_t Station, const std::string& Data)
 {
     const OperationScope scope(*this);
     LogWrite("[%s] PrintNormal Begin (%d, %s)", tag_, Station, Data.c_str());
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     if (Station != opos::PTR_S_RECEIPT) return Refuse(opos::OPOS_E_ILLEGAL);
     std::string converted;
     const int32_t verdict = converter_.DoValidateDataW(Station, Data, CharSets, PrinterSubModel, converted);
-    if (verdict == 0 || verdict == opos::OPOS_E_ILLEGAL) {
-        RecordSpoolerResult(Spooler.PrintNormal(converted, &OutputID));
-    } else {
-        SetErrorCode(verdict, 0);
-    }
+    const bool printable = verdict == 0 || verdict == opos::OPOS_E_ILLEGAL;
+    const int32_t result = printable ? RecordSpoolerResult(Spooler.PrintNormal(converted, &OutputID)) : Refuse(verdict);
     LogWrite("[%s] PrintNormal End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::PrintImmediate(int32_t Station, const std::string& Data)
 {
     const OperationScope scope(*this);
     LogWrite("[%s] PrintImmediate Begin (%d, %s)", tag_, Station, Data.c_str());
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     SetErrorCode(0, 0);
     if (Station != opos::PTR_S_RECEIPT) return Refuse(opos::OPOS_E_ILLEGAL);
     std::string converted;
     const int32_t verdict = converter_.DoValidateDataW(Station, Data, CharSets, PrinterSubModel, converted);
-    if (verdict == 0 || verdict == opos::OPOS_E_ILLEGAL) {
-        RecordSpoolerResult(Spooler.PrintImmediate(converted));
-    } else {
-        SetErrorCode(verdict, 0);
-    }
+    const bool printable = verdict == 0 || verdict == opos::OPOS_E_ILLEGAL;
+    const int32_t result = printable ? RecordSpoolerResult(Spooler.PrintImmediate(converted)) : Refuse(verdict);
     LogWrite("[%s] PrintImmediate End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::CutPaper(int32_t Percentage)
 {
     const OperationScope scope(*this);
     LogWrite("[%s] CutPaper Begin", tag_);
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     if (const int32_t lines = RecLinesToPaperCut.load(); lines > 0) {
         Spooler.PrintNormal(std::string(static_cast<std::size_t>(lines), '\n'), nullptr);
     }
-    RecordSpoolerResult(Spooler.CutPaper(Percentage, &OutputID));
+    const int32_t result = RecordSpoolerResult(Spooler.CutPaper(Percentage, &OutputID));
     LogWrite("[%s] CutPaper End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::MarkFeed(int32_t Type)
 {
     const OperationScope scope(*this);
     LogWrite("[%s] MarkFeed Begin", tag_);
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
+    int32_t result = opos::OPOS_SUCCESS;
     switch (Type) {
         case opos::PTR_MF_TO_TAKEUP:
         case opos::PTR_MF_TO_NEXT_TOF:
-            RecordSpoolerResult(Spooler.PrintNormal(kMarkFeed, &OutputID));
+            result = RecordSpoolerResult(Spooler.PrintNormal(kMarkFeed, &OutputID));
             break;
         case opos::PTR_MF_TO_CUTTER:
         case opos::PTR_MF_TO_CURRENT_TOF:
@@ -108,7 +100,7 @@ int32_t PrinterDevice::MarkFeed(int32_t Type)
             break;
     }
     LogWrite("[%s] MarkFeed End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::PrintBarCode(int32_t Station, const std::string& Data, int32_t Symbology, int32_t Height,
@@ -116,7 +108,7 @@ int32_t PrinterDevice::PrintBarCode(int32_t Station, const std::string& Data, in
 {
     const OperationScope scope(*this);
     LogWrite("[%s] PrintBarCode Begin", tag_);
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     if (Width == 0) LogWrite("[%s] PrintBarCode - OPOS_E_ILLEGAL : Width = 0", tag_);
     if (Height == 0) LogWrite("[%s] PrintBarCode - OPOS_E_ILLEGAL : Height = 0", tag_);
     if (Width == 0 || Height == 0) return Refuse(opos::OPOS_E_ILLEGAL);
@@ -128,10 +120,10 @@ int32_t PrinterDevice::PrintBarCode(int32_t Station, const std::string& Data, in
         LogWrite("[%s] PrintBarCode - OPOS_E_ILLEGAL : Height = 0", tag_);
         return Refuse(opos::OPOS_E_ILLEGAL);
     }
-    RecordSpoolerResult(
+    const int32_t result = RecordSpoolerResult(
         Spooler.PrintBarCode(Station, Data, Symbology, height, width, alignment, TextPosition, &OutputID));
     LogWrite("[%s] PrintBarCode End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 bool PrinterDevice::FileExist(const std::string& FileName)
@@ -151,7 +143,7 @@ int32_t PrinterDevice::PrintBitmap(int32_t Station, const std::string& FileName,
 {
     const OperationScope scope(*this);
     LogWrite("[%s] PrintBitmap Begin", tag_);
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     if (!FileExist(FileName)) {
         LogWrite("[%s] PrintBitmap - OPOS_E_NOEXIST : The File %s Not Exist", tag_, FileName.c_str());
         return Refuse(opos::OPOS_E_NOEXIST);
@@ -167,9 +159,10 @@ int32_t PrinterDevice::PrintBitmap(int32_t Station, const std::string& FileName,
         LogWrite("[%s] PrintBitmap - OPOS_E_ILLEGAL : Width = 0", tag_);
         return Refuse(opos::OPOS_E_ILLEGAL);
     }
-    RecordSpoolerResult(Spooler.PrintBitmap(Station, FileName, width, alignment, RotateMode.load(), &OutputID));
+    const int32_t result =
+        RecordSpoolerResult(Spooler.PrintBitmap(Station, FileName, width, alignment, RotateMode.load(), &OutputID));
     LogWrite("[%s] PrintBitmap End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::RotatePrint(int32_t Station, int32_t Rotation)
@@ -177,7 +170,7 @@ int32_t PrinterDevice::RotatePrint(int32_t Station, int32_t Rotation)
     constexpr int32_t kRotationMask = 0x1FF;
     LogWrite("[%s] RotatePrint Begin (%d, %d)", tag_, Station, Rotation);
     SetErrorCode(0, 0);
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     if (Station != opos::PTR_S_RECEIPT) return Refuse(opos::OPOS_E_ILLEGAL);
     if ((Rotation & opos::PTR_RP_BITMAP) == 0) {
         LogWrite("[%s] RotatePrint Only bitmap rotation is supported", tag_);
@@ -197,34 +190,36 @@ int32_t PrinterDevice::RotatePrint(int32_t Station, int32_t Rotation)
             return Refuse(opos::OPOS_E_ILLEGAL);
     }
     LogWrite("[%s] RotatePrint End", tag_);
-    return ResultCode.load();
+    return opos::OPOS_SUCCESS;
 }
 
 int32_t PrinterDevice::TransactionPrint(int32_t Station, int32_t Control)
 {
     const OperationScope scope(*this);
     LogWrite("[%s] TransactionPrint Begin (%d, %d)", tag_, Station, Control);
-    if (!VerifyMayUseAfter(kOpenClaimedEnabled)) return ResultCode.load();
+    if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
     if (Station != opos::PTR_S_RECEIPT) return Refuse(opos::OPOS_E_ILLEGAL);
+    int32_t result = opos::OPOS_SUCCESS;
     if (Control == opos::PTR_TP_TRANSACTION) {
         Spooler.BeginTransaction();
         SetErrorCode(0, 0);
     } else if (Control == opos::PTR_TP_NORMAL) {
-        RecordSpoolerResult(Spooler.PrintTransaction());
+        result = RecordSpoolerResult(Spooler.PrintTransaction());
     } else {
         return Refuse(opos::OPOS_E_ILLEGAL);
     }
     LogWrite("[%s] TransactionPrint End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::ValidateData(int32_t Station, const std::string& Data)
 {
     LogWrite("[%s] ValidateData Begin (%d, %s)", tag_, Station, Data.c_str());
     std::string converted;
-    SetErrorCode(converter_.DoValidateDataW(Station, Data, CharSets, PrinterSubModel, converted), 0);
+    const int32_t result = converter_.DoValidateDataW(Station, Data, CharSets, PrinterSubModel, converted);
+    SetErrorCode(result, 0);
     LogWrite("[%s] ValidateData End", tag_);
-    return ResultCode.load();
+    return result;
 }
 
 int32_t PrinterDevice::ClearOutput()
@@ -235,7 +230,7 @@ int32_t PrinterDevice::ClearOutput()
     Spooler.Clear();
     Events.Clear();
     LogWrite("[%s] ClearOutput End", tag_);
-    return ResultCode.load();
+    return opos::OPOS_SUCCESS;
 }
 
 }  // namespace marbex::device

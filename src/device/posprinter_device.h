@@ -102,6 +102,10 @@ public:
     // to answer or the printer to become free. The front then refuses to replace the device.
     virtual bool OperationWaitsOnThisThread() const { return false; }
 
+    // Whether a close has begun and not yet ended: its rest may be left to an operation that is under way on another
+    // thread. Until then the device's port and its log are in use.
+    virtual bool IsBeingClosed() const { return false; }
+
 protected:
     std::atomic<bool> closing_{false};  // answers as closed, errors are answered CLEAR
 };

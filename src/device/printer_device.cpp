@@ -29,14 +29,6 @@ PrinterDevice::~PrinterDevice()
     }
 }
 
-void PrinterDevice::ChangeState(int32_t state)
-{
-    // A device that another thread closes meanwhile stays closed.
-    int32_t was = State.load();
-    while (!closing_.load() && was != opos::OPOS_S_CLOSED && !State.compare_exchange_weak(was, state)) {
-    }
-}
-
 void PrinterDevice::SetErrorCode(int32_t code, int32_t extended)
 {
     LogWrite("[%s] SetErrorCode Begin (%d, %d)", tag_, code, extended);
@@ -56,7 +48,7 @@ int32_t PrinterDevice::Refuse(int32_t code)
     return code;
 }
 
-bool PrinterDevice::VerifyMayUseAfter(int32_t flags)
+int32_t PrinterDevice::Refusal(int32_t flags)
 {
     constexpr int32_t kClaimed = 2;
     constexpr int32_t kEnabled = 4;
@@ -71,10 +63,10 @@ bool PrinterDevice::VerifyMayUseAfter(int32_t flags)
     }
     if (refusal != opos::OPOS_SUCCESS) {
         SetErrorCode(refusal, 0);
-        return false;
+    } else {
+        LogWrite("[%s] VerifyMayUseAfter End", tag_);
     }
-    LogWrite("[%s] VerifyMayUseAfter End", tag_);
-    return true;
+    return refusal;
 }
 
 }  // namespace marbex::device

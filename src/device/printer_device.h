@@ -5,9 +5,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <thread>
 
 #include "comm/printer_port.h"
+#include "device/activity.h"
+#include "device/calls_under_way.h"
 #include "device/control_object.h"
 #include "device/locked_text.h"
 #include "device/model_description.h"
@@ -97,13 +98,13 @@ public:
                       int32_t Alignment) override;
     int32_t SetLogo(int32_t Location, const std::string& Data) override;
 
-    bool OperationWaitsOnThisThread() const override;
+    bool OperationWaitsOnThisThread() const override { return calls_.Depth() > 0; }
+    bool IsBeingClosed() const override { return closing_.load(); }
 
 private:
     friend struct PropertyTable;
 
-    // Counts an operation of the window thread while it runs; the last one to end finishes a close that was asked for
-    // meanwhile.
+    // Counts an operation while it runs; the last one to end finishes a close that was asked for meanwhile.
     class OperationScope {
     public:
         explicit OperationScope(PrinterDevice& device);
@@ -113,31 +114,26 @@ private:
 
     private:
         PrinterDevice& device_;
-        const bool counted_;
     };
-
-    // How many operations of this device are on the calling thread's stack; 0 on threads that run no messages.
-    int32_t OperationDepth() const { return Events.IsWindowThread() ? windowOperations_.load() : 0; }
 
     // Opening and closing
     int32_t GetRegistryData(const std::string& DeviceName, support::DeviceProfileStruct& Profile);
-    void BeginOpening();
+    bool BeginOpening();
     bool LoadProfile(const std::string& DeviceName, support::DeviceProfileStruct& profile);
     int32_t FailOpening(int32_t resultCode);
     int32_t OpenComponents(const support::DeviceProfileStruct& profile);
     void ConfigurePort(const support::DeviceProfileStruct& profile);
     bool OpenSpoolerAndEvents(const support::DeviceProfileStruct& profile);
     void BeginClosing();
-    void FinishClosing();
+    bool FinishClosing();  // false when output that had been queued was dropped
     void CloseComponents();
     void BecomeClosed();
     void ClosePort();
 
     // State
-    void ChangeState(int32_t state);
     void SetErrorCode(int32_t code, int32_t extended);
     int32_t Refuse(int32_t code);
-    bool VerifyMayUseAfter(int32_t flags);
+    int32_t Refusal(int32_t flags);  // recorded, 0: it may be done
     void SetDeviceEnabledState(bool Enabled);
     void DoFreezeEvents(bool Freeze);
     void SetAsyncMode(bool Async);
@@ -156,21 +152,23 @@ private:
     int32_t SendDirectIO(std::string_view bytes, bool secondLink = false);  // at most 128 bytes
 
     // Line display
-    bool SendDisplayCommand(const char* operation, int32_t attribute, const std::string& command,
-                            const std::string& text);
+    int32_t SendDisplayCommand(const char* operation, int32_t attribute, const std::string& command,
+                               const std::string& text);
     std::string DisplayBytesOf(const std::string& text) const;
     int32_t DisplayPropertyNumber(int32_t PropIndex);
     void SetDisplayPropertyNumber(int32_t PropIndex, int32_t Number);
 
     // Direct I/O
-    int32_t SendRawBytes(const int32_t* pData, const std::u16string* pString);
+    std::optional<int32_t> SendRawBytes(const int32_t* pData, const std::u16string* pString);
     int32_t OpenDrawerDirectly(const int32_t* pData, const std::u16string* pString);
+    std::optional<int32_t> SwitchConfirmation(const int32_t* pData, const std::u16string* pString);
 
     // From the spooler
     static int32_t SpoolerCallback(void* context, int32_t code, intptr_t argument1, intptr_t argument2);
     int32_t OnSpooler(int32_t code, intptr_t argument1, intptr_t argument2);
     int32_t OnPrinterError(const printer::PrinterStatus& status);
-    void DescribeError(int32_t resultCodeExtended);
+    void DescribeError(int32_t resultCode, int32_t resultCodeExtended);
+    int32_t AskAboutError(const printer::PrinterStatus& status);
     int32_t FireError(int32_t resultCode, int32_t resultCodeExtended);
     void OnStatusChange(const printer::PrinterStatus& status, uint32_t fullStatus);
     void ReportPaperJam(uint32_t fullStatus, bool answered);
@@ -222,17 +220,11 @@ private:
     LockedText ErrorString;
     std::string PrinterSubModel;
 
-    // Closing
-    std::atomic<bool> closeRunning_{false};   // a CloseService is between its first and last step
-    std::atomic<bool> closeDeferred_{false};  // its rest waits for the operation further up the stack
-    std::atomic<int32_t> windowOperations_{0};
+    Activity activity_{State, closing_};
+    CallsUnderWay calls_;
+    std::atomic<bool> closeRunning_{false};    // a CloseService is between its first and last step
     std::atomic<uint32_t> openGeneration_{0};  // counts openings, so that a delivery can tell that it outlived one
     const std::unique_ptr<platform::Event> openSettled_;  // manual: the open has succeeded or failed
-    // Whose synchronous job has begun and not yet ended: an event handler that runs while the job waits may print from
-    // the same thread, deeper.
-    std::atomic<std::thread::id> synchronousThread_{};
-    std::atomic<int32_t> synchronousDepth_{0};
-    std::atomic<int32_t> errorsOut_{0};  // errors fired whose answer is awaited
     std::atomic<bool> paperJam_{false};
 
     PrintDataConverter converter_;

@@ -41,16 +41,16 @@ bool PrinterDevice::VerifyPropertyAccess(int32_t PIDX)
             allowed = true;
             break;
         case PropertyAccess::kOpen:
-            allowed = VerifyMayUseAfter(1);
+            allowed = Refusal(1) == 0;
             break;
         case PropertyAccess::kOpenClaimed:
-            allowed = VerifyMayUseAfter(3);
+            allowed = Refusal(3) == 0;
             break;
         case PropertyAccess::kOpenClaimedEnabled:
-            allowed = VerifyMayUseAfter(7);
+            allowed = Refusal(7) == 0;
             break;
         case PropertyAccess::kRefused:
-            if (model_.display != nullptr && IsDisplayProperty(PIDX)) allowed = VerifyMayUseAfter(1);
+            if (model_.display != nullptr && IsDisplayProperty(PIDX)) allowed = Refusal(1) == 0;
             break;
     }
     LogWrite("[%s] VerifyPropertyAccess End", tag_);

@@ -39,20 +39,24 @@ int32_t PrinterDevice::OnSpooler(int32_t code, intptr_t argument1, intptr_t argu
             OnStatusChange(*reinterpret_cast<const PrinterStatus*>(argument1), static_cast<uint32_t>(argument2));
             break;
         case spooler::CB_BEGINPRINTJOB:
-            if (!Spooler.RunsOnSpoolThread()) {
-                synchronousDepth_ = OperationDepth();
-                synchronousThread_ = std::this_thread::get_id();
+            if (Spooler.RunsOnSpoolThread()) {
+                activity_.QueuedJobBegins();
+            } else {
+                activity_.JobOfCallBegins(calls_.Depth());
             }
-            ChangeState(opos::OPOS_S_BUSY);
             LogWrite("[%s] CB_BEGINPRINTJOB", tag_);
             break;
         case spooler::CB_JOBCOMPLETE:
-            ChangeState(opos::OPOS_S_IDLE);
+            if (Spooler.RunsOnSpoolThread()) {
+                activity_.QueuedJobIsComplete();
+            } else {
+                activity_.JobOfCallIsComplete();
+            }
             LogWrite("[%s] CB_JOBCOMPLETE", tag_);
             Events.FireOutputCompleteEvent(static_cast<int32_t>(argument2));
             break;
         case spooler::CB_IDLE:
-            ChangeState(opos::OPOS_S_IDLE);
+            activity_.QueueIsEmpty();
             if (FlagWhenIdle.exchange(0) != 0) Events.FireStatusUpdateEvent(opos::PTR_SUE_IDLE);
             break;
         default:
@@ -66,27 +70,30 @@ int32_t PrinterDevice::OnSpooler(int32_t code, intptr_t argument1, intptr_t argu
 int32_t PrinterDevice::OnPrinterError(const PrinterStatus& status)
 {
     const bool polling = Spooler.ReportsPolling();
-    const int32_t before = State.load();
-    ChangeState(opos::OPOS_S_ERROR);
-    int32_t answer = 0;
-    if (status.CoverOpen()) {
-        answer = FireError(opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_COVER_OPEN);
-    } else if (status.PaperEnd()) {
-        answer = FireError(opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_REC_EMPTY);
-    } else if (status.NoResponse()) {
-        answer = FireError(opos::OPOS_E_NOHARDWARE, 0);
+    activity_.ErrorBegins();
+    const int32_t answer = AskAboutError(status);
+    if (activity_.IsLastError()) {
+        ErrorLevel = opos::PTR_EL_NONE;
+        ErrorString.Set({});
     }
-    if (polling) {
-        ChangeState(before);
-    } else {
-        ChangeState(answer == opos::OPOS_ER_CLEAR ? opos::OPOS_S_IDLE : opos::OPOS_S_BUSY);
-    }
+    activity_.ErrorEnds(polling, answer);
     return answer;
 }
 
-void PrinterDevice::DescribeError(int32_t resultCodeExtended)
+int32_t PrinterDevice::AskAboutError(const PrinterStatus& status)
+{
+    if (status.CoverOpen()) return FireError(opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_COVER_OPEN);
+    if (status.PaperEnd()) return FireError(opos::OPOS_E_EXTENDED, opos::OPOS_EPTR_REC_EMPTY);
+    if (status.NoResponse()) return FireError(opos::OPOS_E_NOHARDWARE, 0);
+    // A jam has an event of its own; its job ends.
+    if (status.PaperJam()) return 0;
+    return FireError(opos::OPOS_E_FAILURE, 0);
+}
+
+void PrinterDevice::DescribeError(int32_t resultCode, int32_t resultCodeExtended)
 {
     const char* description = "Printer disconnected";
+    if (resultCode == opos::OPOS_E_FAILURE) description = "Output not sent";
     if (resultCodeExtended == opos::OPOS_EPTR_COVER_OPEN) description = "Cover Open";
     if (resultCodeExtended == opos::OPOS_EPTR_REC_EMPTY) description = "Paper End";
     ErrorLevel = opos::PTR_EL_RECOVERABLE;
@@ -96,19 +103,12 @@ void PrinterDevice::DescribeError(int32_t resultCodeExtended)
 
 int32_t PrinterDevice::FireError(int32_t resultCode, int32_t resultCodeExtended)
 {
-    ++errorsOut_;
-    DescribeError(resultCodeExtended);
+    DescribeError(resultCode, resultCodeExtended);
     // Queued output is retried unless the application says otherwise; in a call of the application's own an error that
     // nobody handles belongs in the call's result.
     const int32_t preset = Spooler.RunsOnSpoolThread() ? opos::OPOS_ER_RETRY : opos::OPOS_ER_CLEAR;
-    const int32_t answer =
-        Events.FireErrorEvent(resultCode, resultCodeExtended, preset,
-                              Spooler.ReportsPolling() ? events::ErrorOrigin::kPolling : events::ErrorOrigin::kJob);
-    if (--errorsOut_ == 0) {
-        ErrorLevel = opos::PTR_EL_NONE;
-        ErrorString.Set({});
-    }
-    return answer;
+    return Events.FireErrorEvent(resultCode, resultCodeExtended, preset,
+                                 Spooler.ReportsPolling() ? events::ErrorOrigin::kPolling : events::ErrorOrigin::kJob);
 }
 
 void PrinterDevice::OnStatusChange(const PrinterStatus& status, uint32_t fullStatus)

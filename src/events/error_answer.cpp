@@ -86,7 +86,7 @@ void CEventHandler::Await(const std::shared_ptr<ErrorEventRecord>& record)
     LockHold hold(awaitedLock_);
     // Under the lock, so that closing either finds the record here or is seen here.
     if (closing_.load()) record->Resolve(opos::OPOS_ER_CLEAR);
-    awaited_.push_back({record, std::this_thread::get_id()});
+    awaited_.push_back({record, platform::CurrentThreadId()});
 }
 
 void CEventHandler::StopAwaiting(const ErrorEventRecord& record)
@@ -107,7 +107,7 @@ bool CEventHandler::ErrorAnswerAwaitedElsewhere() const
 {
     LockHold hold(awaitedLock_);
     return std::any_of(awaited_.begin(), awaited_.end(), [](const Awaited& awaited) {
-        return !awaited.record->IsResolved() && awaited.thread != std::this_thread::get_id();
+        return !awaited.record->IsResolved() && awaited.thread != platform::CurrentThreadId();
     });
 }
 

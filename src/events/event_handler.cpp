@@ -1,6 +1,7 @@
 #include "events/event_handler.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "opos/common.h"
@@ -152,14 +153,19 @@ bool CEventHandler::Unqueue(const EventRecord& record)
     return true;
 }
 
-int32_t CEventHandler::Clear()
+int32_t CEventHandler::Clear(ErrorEvents errors)
 {
     LogWrite("[CEventHandler] --- Clear Begin");
     std::deque<std::shared_ptr<EventRecord>> removed;
     {
         MutexHold hold(*EventQueueAvailable);
-        if (!terminateRequest.load()) EventThreadActive->Reset();
         removed.swap(queue);
+        if (errors == ErrorEvents::kKept) {
+            std::copy_if(removed.begin(), removed.end(), std::back_inserter(queue),
+                         [](const auto& record) { return record->message == WM_SO_ERROR_EVENT_MESSAGE; });
+            std::erase_if(removed, [](const auto& record) { return record->message == WM_SO_ERROR_EVENT_MESSAGE; });
+        }
+        if (queue.empty() && !terminateRequest.load()) EventThreadActive->Reset();
     }
     for (const auto& record : removed) {
         if (auto* error = dynamic_cast<ErrorEventRecord*>(record.get())) error->Resolve(opos::OPOS_ER_CLEAR);

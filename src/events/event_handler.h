@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include "events/event_interface.h"
@@ -45,7 +44,9 @@ public:
                                    ErrorOrigin origin);
     virtual void FireStatusUpdateEvent(int32_t data);
     virtual void SetNetMode(bool mode) { netMode = mode; }
-    virtual int32_t Clear();  // an error event taken out of the queue is answered OPOS_ER_CLEAR
+    // An error event taken out of the queue is answered OPOS_ER_CLEAR.
+    enum class ErrorEvents : uint8_t { kCleared, kKept };
+    virtual int32_t Clear(ErrorEvents errors = ErrorEvents::kCleared);
     virtual void SetCallback(Callback fn, void* context);
     virtual void RemoveCallback() { callback = nullptr; }
     virtual void COFreezeEvents(bool freeze);
@@ -76,7 +77,7 @@ public:
 private:
     struct Awaited {
         std::shared_ptr<ErrorEventRecord> record;
-        std::thread::id thread;
+        platform::ThreadId thread;
     };
 
     void DoQueueEvent(std::shared_ptr<EventRecord> record);

@@ -2,6 +2,7 @@
 
 // Time. Ticks and seconds come from a monotonic clock; only log stamps use local time.
 
+#include <chrono>
 #include <cstdint>
 
 namespace marbex::platform {
@@ -21,6 +22,9 @@ public:
 };
 
 Clock& SystemClock();
+
+// The same moment, as finely as the system counts it: for time limits.
+std::chrono::steady_clock::time_point MonotonicNow();
 
 // Local time of day, cheap enough for every log line.
 LocalTime Now();

@@ -61,7 +61,11 @@ public:
     virtual std::size_t Encode(char32_t character, char (&room)[kLongestCharacter]) = 0;
 };
 
-// single holds the characters of one byte, kUndefinedUnit for lead bytes and undefined ones.
+// Marks, in a table of single bytes, those that begin a longer character.
+inline constexpr char16_t kLeadUnit = 0xFFFE;
+
+// single holds the characters of one byte, kLeadUnit for lead bytes and kUndefinedUnit for undefined ones. The page
+// holds only what comes back as itself: what converter says of a character is checked by turning its bytes round.
 std::unique_ptr<CodePage> MakeMultiBytePage(std::unique_ptr<CharacterConverter> converter,
                                             const char16_t (&single)[256]);
 

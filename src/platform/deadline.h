@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 
+#include "platform/clock.h"
 #include "platform/kernel.h"
 
 namespace marbex::platform {
@@ -16,8 +17,7 @@ public:
 
     // In timeout milliseconds; kForever never comes.
     explicit Deadline(uint32_t timeout)
-        : never_(timeout == kForever),
-          moment_(never_ ? Moment() : std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout))
+        : never_(timeout == kForever), moment_(never_ ? Moment() : MonotonicNow() + std::chrono::milliseconds(timeout))
     {
     }
 
@@ -28,8 +28,7 @@ public:
     uint32_t Remaining() const
     {
         if (never_) return kForever;
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(moment_ - std::chrono::steady_clock::now()).count();
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(moment_ - MonotonicNow()).count();
         return left > 0 ? static_cast<uint32_t>(left) : 0;
     }
 

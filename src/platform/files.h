@@ -4,7 +4,8 @@
 //
 // A path is UTF-8, as it comes from the registry; one that is not well-formed UTF-8 is taken as text in the ANSI code
 // page, as it comes from the application (POSIX: unless a file has just those bytes for its name). Pipes, and
-// devices of Windows, are no files, since writing into one could take for ever.
+// devices of Windows, are no files, since writing into one could take for ever. POSIX: what is written to in a folder
+// that others may change is no link and has no other name (posix/open_file.h).
 
 #include <cstdint>
 #include <memory>
@@ -20,6 +21,7 @@ public:
     virtual ~AppendFile() = default;
     // One write at the end of the file; false when it failed.
     virtual bool Append(std::string_view bytes) = 0;
+    virtual uint64_t Size() const = 0;  // bytes
 };
 
 // Whether others may open the file for writing meanwhile. POSIX: they always may.

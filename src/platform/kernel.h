@@ -113,6 +113,10 @@ public:
     static std::unique_ptr<Thread> Start(std::function<void()> body);
 };
 
+// Tells the threads of a process apart: a number that a thread keeps while it lives, never 0.
+using ThreadId = uint64_t;
+ThreadId CurrentThreadId();
+
 // Waits for one object at most timeout milliseconds (0 only looks, kForever has no limit).
 WaitResult WaitForOne(WaitObject& object, uint32_t timeout);
 

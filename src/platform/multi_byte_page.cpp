@@ -25,11 +25,11 @@ public:
     {
         while (!text.empty()) {
             std::size_t length = 1;
-            const char16_t unit = single_[static_cast<unsigned char>(text.front())];
-            if (unit != kUndefinedUnit) {
-                wide += unit;
-            } else {
+            const auto byte = static_cast<unsigned char>(text.front());
+            if (single_[byte] == kLeadUnit) {
                 length = WidenLong(text.substr(0, kLongestCharacter), wide);
+            } else {
+                wide += single_[byte] == kUndefinedUnit ? byte : single_[byte];
             }
             text.remove_prefix(length);
         }
@@ -49,7 +49,10 @@ public:
         return Unpack(packed, character, bytes);
     }
 
-    int UndefinedByteOf(char16_t) const override { return -1; }
+    int UndefinedByteOf(char16_t unit) const override
+    {
+        return unit >= 0x80 && unit <= 0x9F && single_[unit] == kUndefinedUnit ? unit : -1;
+    }
 
 private:
     // Appends the character of two and more bytes at the start of text; the bytes it takes.
@@ -69,11 +72,22 @@ private:
     uint32_t Encode(char32_t character) const MARBEX_REQUIRES(lock_)
     {
         char room[kLongestCharacter];
-        const std::size_t used = converter_->Encode(character, room);
+        const std::string_view bytes(room, converter_->Encode(character, room));
+        if (bytes.empty() || !IsOf(character, bytes)) return 0;
         uint32_t packed = 0;
-        for (std::size_t i = 0; i < used; ++i)
-            packed = packed << 8 | static_cast<unsigned char>(room[i]);
+        for (const char byte : bytes)
+            packed = packed << 8 | static_cast<unsigned char>(byte);
         return packed;
+    }
+
+    // Systems put similar characters for some that a page does not hold: a backslash for a yen sign in 932.
+    bool IsOf(char32_t character, std::string_view bytes) const MARBEX_REQUIRES(lock_)
+    {
+        if (bytes.size() == 1) return single_[static_cast<unsigned char>(bytes.front())] == character;
+        std::u16string back;
+        std::u16string wanted;
+        AppendUtf16(wanted, character);
+        return converter_->Decode(bytes, back) == CharacterConverter::Decoded::kCharacter && back == wanted;
     }
 
     static bool Unpack(uint32_t packed, char32_t character, std::string& bytes)

@@ -45,13 +45,17 @@ std::optional<PixelBuffer> AllocatePixels(uint64_t width, uint64_t height)
     return buffer;
 }
 
+std::unique_ptr<Picture> MakePicture(std::optional<PixelBuffer> buffer)
+{
+    return buffer ? std::make_unique<DecodedPicture>(std::move(*buffer)) : nullptr;
+}
+
 std::unique_ptr<Picture> DecodePicture(std::string_view file, PictureError& error)
 {
     try {
-        std::optional<PixelBuffer> buffer = file.starts_with("BM") ? DecodeBmp(file) : DecodeByTheSystem(file);
-        error = buffer ? PictureError::kNone : PictureError::kNotAPicture;
-        if (!buffer) return nullptr;
-        return std::make_unique<DecodedPicture>(std::move(*buffer));
+        auto picture = file.starts_with("BM") ? MakePicture(DecodeBmp(file)) : DecodeByTheSystem(file);
+        error = picture ? PictureError::kNone : PictureError::kNotAPicture;
+        return picture;
     } catch (const std::bad_alloc&) {
         error = PictureError::kNoMemory;
         return nullptr;

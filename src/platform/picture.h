@@ -20,7 +20,8 @@ public:
 
     // Draws rows firstRow to firstRow + rows - 1 of the picture stretched to width x height (at least 1) over white
     // into pixels, 0x00RRGGBB, row by row from the top. pixels holds rows * width of them. Where the picture shrinks a
-    // pixel is the average of what it covers, where it grows the nearest one. False when it cannot be drawn.
+    // pixel is the average of what it covers, where it grows the nearest one; a metafile is drawn anew at that size.
+    // False when it cannot be drawn.
     virtual bool Draw(uint32_t width, uint32_t height, uint32_t firstRow, uint32_t rows,
                       std::span<uint32_t> pixels) const = 0;
 };

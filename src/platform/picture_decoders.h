@@ -1,12 +1,14 @@
 #pragma once
 
 // What is behind DecodePicture. A decoder takes a whole file and gives its pixels, 0x00RRGGBB over white, or none for a
-// file that it cannot read in full.
+// file that it cannot read in full. Without memory it throws std::bad_alloc.
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string_view>
+
+#include "platform/picture.h"
 
 namespace marbex::platform {
 
@@ -23,8 +25,11 @@ std::optional<PixelBuffer> AllocatePixels(uint64_t width, uint64_t height);
 // BMP, which our own decoder reads on every system.
 std::optional<PixelBuffer> DecodeBmp(std::string_view file);
 
-// The other kinds, by what the operating system has.
-std::optional<PixelBuffer> DecodeByTheSystem(std::string_view file);
+// A picture of decoded pixels; null for none.
+std::unique_ptr<Picture> MakePicture(std::optional<PixelBuffer> buffer);
+
+// The other kinds, by what the operating system has; null for none of them.
+std::unique_ptr<Picture> DecodeByTheSystem(std::string_view file);
 
 inline constexpr uint32_t kWhitePixel = 0xFFFFFF;
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/stop_signal.h"
 
 namespace marbex::platform {
 
@@ -78,10 +79,13 @@ struct SerialTransfer {
     std::size_t count = 0;
 };
 
-// An open line. One caller at a time. Closed by its destructor.
+// An open line. One caller at a time. Closed by its destructor; output that the printer has not taken is thrown away.
 class SerialLine {
 public:
     virtual ~SerialLine() = default;
+    // From now on a transfer without progress ends two seconds after this signal, as if its time were over. The signal
+    // must outlive the line.
+    virtual void HeedStop(const StopSignal& stop) = 0;
     virtual std::optional<LineSettings> Settings() = 0;
     virtual bool Apply(const LineSettings& settings) = 0;
     virtual bool Apply(const SerialTimeouts& timeouts) = 0;
@@ -91,6 +95,8 @@ public:
     // Throws away what is waiting; output that is being sent is aborted too.
     virtual bool Purge(bool output, bool input) = 0;
     virtual SerialTransfer Read(std::span<std::byte> buffer) = 0;
+    // Likewise, with this limit in place of the line's total; the signal ends it at once.
+    virtual SerialTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) = 0;
     // The count is of bytes that have left the computer.
     virtual SerialTransfer Write(std::span<const std::byte> bytes) = 0;
     virtual bool Close() = 0;

@@ -10,6 +10,8 @@
 #include <span>
 #include <string_view>
 
+#include "platform/stop_signal.h"
+
 namespace marbex::platform {
 
 // Dotted IPv4 text ("192.168.0.1") as a number in host byte order; none when it is not one.
@@ -20,7 +22,8 @@ enum class TcpStatus {
     // The connection was aborted (POSIX: ECONNABORTED, ECONNRESET, EPIPE; Windows: 10053 and kin), or, on send, the
     // other side has ended it already: the bytes would be accepted here and thrown away there.
     kAborted,
-    kFailed,  // any other error, a time-out included
+    kTimedOut,
+    kFailed,  // any other error
 };
 
 struct TcpTransfer {
@@ -31,6 +34,10 @@ struct TcpTransfer {
 class TcpSocket {
 public:
     virtual ~TcpSocket() = default;  // closes what is open
+
+    // From now on a connect, send or receive without progress ends two seconds after this signal, as if its time were
+    // over. The signal must outlive the socket.
+    virtual void HeedStop(const StopSignal& stop) = 0;
 
     // Makes the stream socket; false when the system refuses. Closes an older one first.
     virtual bool Create() = 0;
@@ -43,6 +50,8 @@ public:
     virtual TcpTransfer Send(std::span<const std::byte> bytes) = 0;
     // One receive: whatever is there, at least one byte unless the connection ends or the time runs out.
     virtual TcpTransfer Receive(std::span<std::byte> buffer) = 0;
+    // Likewise, with this limit in place of the socket's own; the signal ends it at once.
+    virtual TcpTransfer ReceiveUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) = 0;
     // Throws away what has already arrived; never waits.
     virtual void DiscardInput() = 0;
     virtual bool Close() = 0;                // false when the system reports an error or nothing is open

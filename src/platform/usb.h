@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/registry.h"
+#include "platform/stop_signal.h"
 
 namespace marbex::platform {
 
@@ -36,9 +37,14 @@ struct UsbTransfer {
 class UsbPipe {
 public:
     virtual ~UsbPipe() = default;
+    // From now on a transfer without progress ends two seconds after this signal, as if its time were over. The signal
+    // must outlive the pipe.
+    virtual void HeedStop(const StopSignal& stop) = 0;
     // Both wait at most so many milliseconds.
     virtual UsbTransfer Write(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds) = 0;
     virtual UsbTransfer Read(std::span<std::byte> buffer, uint32_t timeoutMilliseconds) = 0;
+    // Likewise; the signal ends it at once.
+    virtual UsbTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t timeoutMilliseconds) = 0;
     virtual bool Cancel() = 0;  // ends a pending transfer; true when there was none
     virtual bool Close() = 0;
     virtual uint32_t LastError() const = 0;

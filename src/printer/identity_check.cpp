@@ -59,6 +59,8 @@ bool IsExpectedPrinter(const PrinterLink& link, const IdentityCheck& identity, p
 {
     const auto unit =
         identity.wholeSeconds ? AnswerTimeLimit::Unit::kWholeSeconds : AnswerTimeLimit::Unit::kMilliseconds;
+    // The rest of an answer that a killed till did not read is not an identity.
+    link.DiscardInput();
     std::optional<uint16_t> identifier;
     if (identity.extendedAtOnce) {
         identifier = AskExtendedIdentifier(link, unit, clock);

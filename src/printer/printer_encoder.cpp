@@ -20,6 +20,9 @@ constexpr uint32_t kFailedTextPauseMilliseconds = 500;
 constexpr uint32_t kInitialisationPauseMilliseconds = 500;  // the printer takes no command while it starts afresh
 constexpr std::size_t kMostBytesAWrite = 512000;
 constexpr uint32_t kWideRasterWidth = 976;
+constexpr uint64_t kBitsASerialByte = 12;
+constexpr uint64_t kLongestConfirmationMilliseconds = 60000;
+constexpr uint32_t kMostUnanswered = 3;
 
 constexpr std::string_view kAfterCut = "\x1D\x65\x05";
 
@@ -43,15 +46,26 @@ CPrinterEncoder::~CPrinterEncoder()
 
 int32_t CPrinterEncoder::AttachPort(comm::CPrinterPort* newPort)
 {
-    if (newPort != nullptr) port = newPort;
+    if (newPort == nullptr) return kEncoderOk;
+    const platform::LockHold hold(stopLock);
+    port = newPort;
+    port->RequestStop(stopRequested.load());
     return kEncoderOk;
 }
 
 int32_t CPrinterEncoder::DetachPort()
 {
     CPrinterEncoder::Close();
+    const platform::LockHold hold(stopLock);
     port = nullptr;
     return kEncoderOk;
+}
+
+void CPrinterEncoder::RequestStop(bool stop)
+{
+    const platform::LockHold hold(stopLock);
+    stopRequested.store(stop);
+    if (port != nullptr) port->RequestStop(stop);
 }
 
 int32_t CPrinterEncoder::Open()
@@ -75,7 +89,7 @@ void CPrinterEncoder::Close()
 
 bool CPrinterEncoder::IsOpen() const
 {
-    return Link().IsOpen();
+    return PrinterLink(port).IsOpen();
 }
 
 int32_t CPrinterEncoder::PrintText(std::string_view text)
@@ -162,6 +176,21 @@ void CPrinterEncoder::CleanBoth()
     if (port != nullptr) port->CleanBoth();
 }
 
+uint32_t CPrinterEncoder::UnansweredQuestions()
+{
+    const uint32_t opening = Link().Openings();
+    if (opening != openingOfUnanswered_) unanswered_ = 0;
+    openingOfUnanswered_ = opening;
+    return unanswered_;
+}
+
+bool CPrinterEncoder::Ask(const PrinterLink& link, PrinterStatus& status, uint32_t& fullStatus)
+{
+    const bool answered = QueryStatus(link, traits.status, status, fullStatus);
+    if (!answered) unanswered_ = std::min(UnansweredQuestions() + 1, kMostUnanswered);
+    return answered;
+}
+
 int32_t CPrinterEncoder::GetStatus(PrinterStatus& status, bool /*askNearEnd*/, uint32_t* fullStatus)
 {
     if (traits.status == StatusVariant::kReferenceCleansOutput) {
@@ -171,11 +200,59 @@ int32_t CPrinterEncoder::GetStatus(PrinterStatus& status, bool /*askNearEnd*/, u
     }
     status = {};
     uint32_t told = 0;
-    const bool answered = QueryStatus(Link(), traits.status, status, told);
+    const bool answered = Ask(Link(), status, told);
     if (fullStatus != nullptr) *fullStatus = told;
     // Once, at the end: a health check on another thread must not find a silent printer healthy while it is asked.
-    failed.store(!answered || status.flags[PrinterStatus::kPaperJam] != 0);
+    failed.store(!answered || status.PaperJam());
     return answered ? 0 : 1;
+}
+
+void CPrinterEncoder::BeginOutput()
+{
+    written_.firstOpening.reset();
+    bytesBefore_ = written_.bytes;
+}
+
+OutputMark CPrinterEncoder::OutputBegin() const
+{
+    return {written_.firstOpening.value_or(PrinterLink(port).Openings()), bytesBefore_};
+}
+
+ReplyLimit CPrinterEncoder::LimitFor(uint64_t bytesOnTheirWay) const
+{
+    uint64_t milliseconds = 0;
+    if (port != nullptr) {
+        const uint32_t baud = port->BaudRate();
+        milliseconds =
+            port->ReceiveTimeout() + (baud != 0 ? bytesOnTheirWay * kBitsASerialByte * 1000 / baud : bytesOnTheirWay);
+    }
+    return ReplyLimit(clock, std::min(milliseconds, kLongestConfirmationMilliseconds), stopRequested);
+}
+
+bool CPrinterEncoder::ConfirmReceipt(const OutputMark& begin, PrinterStatus& status)
+{
+    CleanInput();
+    const ReplyLimit limit = LimitFor(written_.bytes - begin.bytes);
+    // As many answers more as may still come to earlier questions: then one of them at least is to a question that
+    // travelled behind the output.
+    uint32_t answersMissing = UnansweredQuestions() + 1;
+    bool answered = true;
+    while (answered && answersMissing > 0) {
+        status = {};
+        uint32_t told = 0;
+        answered = Ask(Link().Within(limit), status, told);
+        --answersMissing;
+    }
+    // Asked last: a link that is lost while it is asked is opened anew by the asking.
+    const bool sameLink = Link().Openings() == begin.linkOpening;
+    const bool confirmed = answered && sameLink;
+    if (confirmed) unanswered_ = 0;
+    if (!confirmed) {
+        status = {};  // what a printer says over another link is no answer
+        status.flags[PrinterStatus::kNoResponse] = 1;
+    }
+    failed.store(!confirmed || status.PaperJam());
+    return confirmed;
 }
 
 int32_t CPrinterEncoder::RecoverFromError()

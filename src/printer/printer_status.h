@@ -22,6 +22,7 @@ struct PrinterStatus {
     bool PaperEnd() const { return flags[kPaperEnd] != 0; }
     bool PaperNearEnd() const { return flags[kPaperNearEnd] != 0; }
     bool NoResponse() const { return flags[kNoResponse] != 0; }
+    bool PaperJam() const { return flags[kPaperJam] != 0; }
 
     friend bool operator==(const PrinterStatus&, const PrinterStatus&) = default;
 };

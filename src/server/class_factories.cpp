@@ -1,5 +1,7 @@
 #include "server/class_factories.h"
 
+#include <marbex/class_ids.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -16,16 +18,13 @@ namespace marbex::server {
 namespace {
 
 constexpr CreatableClass kClasses[] = {
-    {"Service.MarbexOposPrnDriver",
-     {0xB637B615, 0xC43B, 0x40B8, {0xB9, 0xD8, 0xB6, 0xE2, 0x9E, 0x80, 0xAA, 0x6D}},
+    {kPrinterProgId, kPrinterClassId,
      []() -> AutomationObject* { return new ServiceObject<MarbexOposPrnDriver>(PosPrinterTable()); }},
-    {"Service.MarbexOposCashDrawerDriver",
-     {0xD957B9D0, 0x46FE, 0x4C18, {0x91, 0x36, 0x28, 0x35, 0x70, 0x78, 0xA9, 0x5D}},
+    {kCashDrawerProgId, kCashDrawerClassId,
      []() -> AutomationObject* {
          return new ServiceObject<companions::MarbexOposCashDrawerDriver>(CashDrawerTable());
      }},
-    {"Service.MarbexOposLineDisplayDriver",
-     {0x3B9304F2, 0x526B, 0x4F11, {0x9A, 0x2F, 0xD8, 0x5E, 0xE3, 0x6B, 0xD2, 0x09}},
+    {kLineDisplayProgId, kLineDisplayClassId,
      []() -> AutomationObject* {
          return new ServiceObject<companions::MarbexOposLineDisplayDriver>(LineDisplayTable());
      }},

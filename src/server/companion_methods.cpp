@@ -54,7 +54,7 @@ constexpr DispatchMethod kDisplayMethods[] = {
     OfDisplay<&Display::CheckHealth>("CheckHealth"),
     OfDisplay<&Display::DirectIO>("DirectIO"),
     OfDisplay<&Display::ClearDescriptors>("ClearDescriptors"),
-    OfDisplay<&Display::SetDescriptor>("SetDescriptor"),
+    AlsoWithoutArguments(OfDisplay<&Display::SetDescriptor>("SetDescriptor")),
     OfDisplay<&Display::ClearText>("ClearText"),
     OfDisplay<&Display::CreateDisplayWindow>("CreateWindow"),
     OfDisplay<&Display::DestroyWindow>("DestroyWindow"),

@@ -67,7 +67,8 @@ HRESULT DispatchTable::Invoke(void* service, DISPID id, REFIID riid, WORD flags,
     if (parameters->cNamedArgs != 0) return DISP_E_NONAMEDARGS;
 
     const DispatchMethod& method = methods_[static_cast<std::size_t>(id) - 1];
-    if (parameters->cArgs != method.parameterCount) return DISP_E_BADPARAMCOUNT;
+    const bool isBare = parameters->cArgs == 0 && method.alsoWithoutArguments;
+    if (parameters->cArgs != method.parameterCount && !isBare) return DISP_E_BADPARAMCOUNT;
     if (parameters->cArgs != 0 && parameters->rgvarg == nullptr) return E_POINTER;
 
     platform::VariantHolder made;

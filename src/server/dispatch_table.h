@@ -23,7 +23,7 @@ namespace marbex::server {
 
 // The arguments and the places for results of one call, as IDispatch::Invoke brings them.
 struct DispatchCall {
-    std::span<VARIANTARG> arguments;  // last first, as many as the method has
+    std::span<VARIANTARG> arguments;  // last first, as many as the method has, or none
     VARIANT& result;                  // holds nothing yet
     UINT argumentError = 0;           // the index in arguments of the one that could not be coerced
 };
@@ -32,7 +32,14 @@ struct DispatchMethod {
     std::string_view name;
     UINT parameterCount = 0;
     HRESULT (*call)(void* service, DispatchCall& call) = nullptr;  // service: an object of the method's class
+    bool alsoWithoutArguments = false;                             // then they are 0, or empty
 };
+
+constexpr DispatchMethod AlsoWithoutArguments(DispatchMethod method)
+{
+    method.alsoWithoutArguments = true;
+    return method;
+}
 
 class DispatchTable {
 public:
@@ -93,23 +100,24 @@ void WriteBackArguments(const Arguments& arguments, DispatchCall& call, std::ind
 
 }  // namespace internal
 
-// Coerces the arguments of a call, runs operation with them, writes back and stores the result.
+// Coerces the arguments of a call when it brings any, runs operation with them, writes back and stores the result.
 template <typename Called, typename Operation>
 HRESULT RunCall(DispatchCall& call, const Operation& operation)
 {
     constexpr auto kIndices = std::make_index_sequence<Called::kCount>();
     typename Called::Arguments arguments;
-    const HRESULT read = internal::ReadArguments(arguments, call, kIndices);
+    const bool brings = !call.arguments.empty();
+    const HRESULT read = brings ? internal::ReadArguments(arguments, call, kIndices) : S_OK;
     if (FAILED(read)) return read;
 
     const auto run = [&](auto&... argument) { return operation(argument.Pass()...); };
     if constexpr (std::is_void_v<typename Called::ResultType>) {
         std::apply(run, arguments);
-        internal::WriteBackArguments(arguments, call, kIndices);
+        if (brings) internal::WriteBackArguments(arguments, call, kIndices);
         return S_OK;
     } else {
         const typename Called::ResultType result = std::apply(run, arguments);
-        internal::WriteBackArguments(arguments, call, kIndices);
+        if (brings) internal::WriteBackArguments(arguments, call, kIndices);
         return PutResult(result, call.result);
     }
 }

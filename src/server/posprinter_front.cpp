@@ -83,8 +83,14 @@ void CloseAndDrop(const std::shared_ptr<POSPrinterDevice>& device)
     if (device == nullptr) return;
     if (device->State != opos::OPOS_S_CLOSED) device->CloseService();
     device->CharSets.clear();
-    if (device->OperationWaitsOnThisThread()) TheProcess().SetClosingDevice(device);
+    if (device->IsBeingClosed()) TheProcess().SetClosingDevice(device);
     if (TheProcess().CurrentDevice() == device) TheProcess().SetCurrentDevice(nullptr);
+}
+
+// Whether its port and its log cannot be had yet: an operation waits further up this stack, or a close is not finished.
+bool IsInUse(const std::shared_ptr<POSPrinterDevice>& device)
+{
+    return device != nullptr && (device->OperationWaitsOnThisThread() || device->IsBeingClosed());
 }
 
 }  // namespace
@@ -142,12 +148,9 @@ int32_t MarbexOposPrnDriver::SelectModelAndOpen(const std::string& deviceClass, 
 {
     if (UpperCase(deviceClass) != kDeviceClass) return opos::OPOS_E_ILLEGAL;
 
-    const auto waits = [](const std::shared_ptr<POSPrinterDevice>& device) {
-        return device != nullptr && device->OperationWaitsOnThisThread();
-    };
-    // Its port and its log are in use until the operation has returned that waits further up this stack.
-    if (waits(TheProcess().CurrentDevice()) || waits(TheProcess().ClosingDevice())) return opos::OPOS_E_BUSY;
+    if (IsInUse(TheProcess().CurrentDevice()) || IsInUse(TheProcess().ClosingDevice())) return opos::OPOS_E_BUSY;
     CloseAndDrop(TheProcess().CurrentDevice());
+    if (IsInUse(TheProcess().ClosingDevice())) return opos::OPOS_E_BUSY;
     ModelName.clear();
     platform::LoadAnsiCodePage(platform::SystemRegistry());
 

@@ -181,15 +181,18 @@ int32_t CPrintSpooler::Admit(int32_t type, const std::string& text, JobPayload b
         if (meaning == JobMeaning::kPrintImmediate) {
             result = RunImmediate(*job);
         } else if (meaning == JobMeaning::kPrintTransaction) {
-            {
-                platform::MutexHold hold(*hMutexQueue);
-                job->transactionSerial = transactionNumber.load() != 0 ? transactionSerial_ : 0;
-            }
             if (async) {
                 LogWrite("[%s] --- AddJob ASYNC Transaction Start PUT in Queue", traits.tag);
+                // Closed and queued in one step: what comes next is queued behind it, on its own.
+                platform::MutexHold hold(*hMutexQueue);
+                TakeTransaction(*job);
                 Enqueue(std::move(job));
             } else {
                 LogWrite("[%s] --- AddJob SYNC Transaction Start Execute", traits.tag);
+                {
+                    platform::MutexHold hold(*hMutexQueue);
+                    TakeTransaction(*job);
+                }
                 result = RunTransaction(*job);
             }
         } else if (transactionNumber.load() != 0 && JoinTransaction(job)) {
@@ -218,7 +221,7 @@ int32_t CPrintSpooler::RunSynchronously(CSpoolJob& job)
 int32_t CPrintSpooler::RunTransaction(CSpoolJob& job)
 {
     InvokeCallback(CB_BEGINPRINTJOB, 0, static_cast<intptr_t>(job.outputId));
-    const int32_t result = DoPrintTransaction(job.transactionSerial);
+    const int32_t result = DoPrintTransaction(job);
     if (result == 0) InvokeCallback(CB_JOBCOMPLETE, 0, static_cast<intptr_t>(job.outputId));
     return result;
 }

@@ -107,9 +107,13 @@ uint32_t BarcodeModuleWidth(int32_t width)
 }
 
 int32_t PrepareBarcode(const char* tag, bool logsCastWidth, printer::BarcodeEngine& engine,
-                       const BarcodeRequest& request, BarcodeDataStruct& out)
+                       const BarcodeRequest& request, BarcodeDataStruct* out)
 {
     LogWrite("[%s] --- PrintBarCode Begin", tag);
+    if (out == nullptr) {
+        LogWrite("[%s] --- PrintBarCode - BarcodeDataStruct Allocation failure", tag);
+        return OPOS_E_ILLEGAL;
+    }
     std::string data(request.data.substr(0, request.data.find('\0')));
     LogData(tag, data);
     if (request.symbology == PTR_BCS_Code128 && !printer::HasCode128Start(data)) {
@@ -132,17 +136,17 @@ int32_t PrepareBarcode(const char* tag, bool logsCastWidth, printer::BarcodeEngi
     LogWrite("[%s] --- PrintBarCode - Type %s", tag, type->logName);
     if (!EncodeData(tag, engine, data, type->symbology, moduleWidth)) return OPOS_E_ILLEGAL;
 
-    out = {};
-    std::ranges::copy(data, out.data);
-    out.dataLength = static_cast<uint32_t>(data.size());
-    out.widthDots = engine.GetWidth();
-    out.symbology = request.symbology;
-    out.height = request.height;
-    out.moduleWidth = static_cast<int32_t>(moduleWidth);
-    out.alignment = request.alignment;
-    out.textPosition = request.textPosition;
-    CopyBars(engine, out);
-    LogBars(tag, out);
+    *out = {};
+    std::ranges::copy(data, out->data);
+    out->dataLength = static_cast<uint32_t>(data.size());
+    out->widthDots = engine.GetWidth();
+    out->symbology = request.symbology;
+    out->height = request.height;
+    out->moduleWidth = static_cast<int32_t>(moduleWidth);
+    out->alignment = request.alignment;
+    out->textPosition = request.textPosition;
+    CopyBars(engine, *out);
+    LogBars(tag, *out);
     LogWrite("[%s] --- PrintBarCode End", tag);
     return OPOS_SUCCESS;
 }

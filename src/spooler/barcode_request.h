@@ -24,9 +24,9 @@ struct BarcodeRequest {
 uint32_t BarcodeModuleWidth(int32_t width);
 
 // Fills the payload of the job and writes every line of the log from "PrintBarCode Begin" to "PrintBarCode End", under
-// the given tag. 0, or OPOS_E_ILLEGAL for what cannot be printed; then the payload is of no use and no End line is
-// written.
+// the given tag. 0, or OPOS_E_ILLEGAL for what cannot be printed and for a null payload, for which there was no memory;
+// then the payload is of no use and no End line is written.
 int32_t PrepareBarcode(const char* tag, bool logsCastWidth, printer::BarcodeEngine& engine,
-                       const BarcodeRequest& request, printer::BarcodeDataStruct& out);
+                       const BarcodeRequest& request, printer::BarcodeDataStruct* out);
 
 }  // namespace marbex::spooler

@@ -113,12 +113,19 @@ std::unique_ptr<uint8_t[]> MakeDots(const printer::CPicture& picture, const Size
     }
 }
 
+int32_t RefuseWithoutMemory(const char* tag)
+{
+    LogWrite("[%s] --- PrintBitmap - BitmapDataStruct Allocation failure", tag);
+    return OPOS_E_ILLEGAL;
+}
+
 }  // namespace
 
-int32_t PrepareBitmap(const char* tag, const BitmapRequest& request, printer::BitmapDataStruct& out)
+int32_t PrepareBitmap(const char* tag, const BitmapRequest& request, printer::BitmapDataStruct* out)
 {
     LogWrite("[%s] --- PrintBitmap Begin", tag);
     LogWrite("[%s] --- PrintBitmap - FileName %s", tag, request.fileName.c_str());
+    if (out == nullptr) return RefuseWithoutMemory(tag);
     LogAlignment(tag, request.alignment);
     LogRotation(tag, request.rotation);
 
@@ -134,15 +141,12 @@ int32_t PrepareBitmap(const char* tag, const BitmapRequest& request, printer::Bi
     Size size{};
     if (!TargetSize(tag, request.width, picture, size)) return OPOS_E_ILLEGAL;
     std::unique_ptr<uint8_t[]> dots = MakeDots(picture, size);
-    if (dots == nullptr) {
-        LogWrite("[%s] --- PrintBitmap - BitmapDataStruct Allocation failure", tag);
-        return OPOS_E_ILLEGAL;
-    }
-    out.width = static_cast<uint32_t>(size.width);
-    out.height = static_cast<uint32_t>(size.height);
-    out.alignment = request.alignment;
-    out.rotation = request.rotation;
-    out.pixels = std::move(dots);
+    if (dots == nullptr) return RefuseWithoutMemory(tag);
+    out->width = static_cast<uint32_t>(size.width);
+    out->height = static_cast<uint32_t>(size.height);
+    out->alignment = request.alignment;
+    out->rotation = request.rotation;
+    out->pixels = std::move(dots);
     LogWrite("[%s] --- PrintBitmap End", tag);
     return OPOS_SUCCESS;
 }

@@ -19,8 +19,8 @@ struct BitmapRequest {
 
 // Fills the payload of the job and writes every line of the log from "PrintBitmap Begin" to "PrintBitmap End", under
 // the given tag. 0; OPOS_E_NOEXIST when the file is no picture; OPOS_E_ILLEGAL for a width below 1 that is not
-// PTR_BM_ASIS and for a raster of more than 64 Mi dots or without memory. After a refusal the payload is of no use and
-// no End line is written.
-int32_t PrepareBitmap(const char* tag, const BitmapRequest& request, printer::BitmapDataStruct& out);
+// PTR_BM_ASIS, for a raster of more than 64 Mi dots or without memory, and for a null payload, for which there was none
+// either. After a refusal the payload is of no use and no End line is written.
+int32_t PrepareBitmap(const char* tag, const BitmapRequest& request, printer::BitmapDataStruct* out);
 
 }  // namespace marbex::spooler

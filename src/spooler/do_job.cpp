@@ -1,5 +1,5 @@
 // Executing jobs: one job with its attempts, a transaction with its passes, and the protocol by which the application
-// decides what happens to output that the printer refused.
+// decides what happens to output that the printer refused, or that it has not told to have received.
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,6 +11,7 @@
 
 namespace marbex::spooler {
 
+using printer::OutputMark;
 using printer::PrinterStatus;
 using support::LogWrite;
 
@@ -25,6 +26,22 @@ int32_t ErrorResultOf(const PrinterStatus& status)
     if (status.PaperEnd()) return kPaperEmptyResult;
     if (status.NoResponse()) return opos::OPOS_E_NOHARDWARE;
     return opos::OPOS_E_FAILURE;
+}
+
+// Whether an operation failed since the link did not take every byte. A picture's other failure is that of a printer
+// that never said it had printed it.
+bool LinkRefused(int32_t result, JobMeaning meaning)
+{
+    const bool waitRanOut = meaning == JobMeaning::kPrintBitmap && result == printer::kEncoderTextNotSent;
+    return !waitRanOut && (result == printer::kEncoderTextNotSent || result == printer::kEncoderPortNotOpen ||
+                           result == printer::kEncoderPortFailed);
+}
+
+// Direct I/O on its own may be anything, a question to the printer too.
+bool IsConfirmable(JobMeaning meaning)
+{
+    return meaning == JobMeaning::kPrintNormal || meaning == JobMeaning::kCutPaper ||
+           meaning == JobMeaning::kPrintBarcode || meaning == JobMeaning::kPrintBitmap;
 }
 
 }  // namespace
@@ -82,6 +99,11 @@ private:
 
 int32_t CPrintSpooler::DoJob(CSpoolJob& job, bool* retry)
 {
+    return DoJobOf(nullptr, job, retry);
+}
+
+int32_t CPrintSpooler::DoJobOf(Pass* pass, CSpoolJob& job, bool* retry)
+{
     // Before it waits for the printer: what is cleared meanwhile is not printed.
     Execution execution(*this);
     execution.Add(job);
@@ -89,12 +111,12 @@ int32_t CPrintSpooler::DoJob(CSpoolJob& job, bool* retry)
         if (retry != nullptr) *retry = false;
         return kBusy;
     }
-    const int32_t result = DoAcquiredJob(job, retry);
+    const int32_t result = DoAcquiredJob(pass, job, retry);
     LogWrite("[%s] --- DoJob End (%d)", traits.tag, result);
     return result;
 }
 
-int32_t CPrintSpooler::DoAcquiredJob(CSpoolJob& job, bool* retry)
+int32_t CPrintSpooler::DoAcquiredJob(Pass* pass, CSpoolJob& job, bool* retry)
 {
     const HeldPrinter printerHeld(*this);
     int32_t result = 0;
@@ -120,45 +142,103 @@ int32_t CPrintSpooler::DoAcquiredJob(CSpoolJob& job, bool* retry)
         case JobMeaning::kDirectIO:
         case JobMeaning::kDirectIO2nd:
         case JobMeaning::kPrintBitmap:
-            result = Attempt(job, retry);
+            result = Attempt(pass, job, retry);
             break;
     }
     lastActivityTime = clock.Seconds();
     return result;
 }
 
-int32_t CPrintSpooler::Attempt(CSpoolJob& job, bool* retry)
+// What came of an attempt.
+enum class CPrintSpooler::Trouble : uint8_t {
+    kNone,     // or what only the job's own result tells
+    kPrinter,  // the printer does not answer, or says why it takes nothing
+    kLink,     // the printer answers and is well, but has not got all of it
+    kOther,    // there would be no sense in another attempt
+};
+
+bool CPrintSpooler::IsToBeConfirmed(const Pass* pass, const CSpoolJob& job) const
+{
+    if (!confirmsOutput_.load()) return false;
+    return pass != nullptr ? pass->last : IsConfirmable(JobMeaningOf(job.type, traits.numbering));
+}
+
+int32_t CPrintSpooler::Attempt(Pass* pass, CSpoolJob& job, bool* retry)
 {
     printer::CPrinterEncoder* const encoder = printer.load();
     if (encoder == nullptr) return 0;
 
+    const bool confirms = IsToBeConfirmed(pass, job);
     PrinterStatus status;
     int32_t result = 0;
+    bool received = false;  // the printer has all of it and cannot print it yet
+    OutputMark begin{};
     for (;;) {
         if (job.cancelled.load()) return result != 0 ? result : opos::OPOS_E_FAILURE;
 
-        if (encoder->IsInError()) {
-            encoder->RecoverFromError();
-            result = encoder->GetStatus(status, false);
+        Trouble trouble = Trouble::kNone;
+        if (!received) {
+            trouble = Send(job, begin, status, result);
+            if (pass != nullptr) begin = pass->begin.emplace(pass->begin.value_or(begin));
         }
-        bool refused = false;
-        if (!encoder->IsInError()) {
-            result = ExecuteInMemory(job);
-            if (result != 0) {
-                encoder->GetStatus(status, false);
-                // A printer that stopped taking data answers status queries all the same.
-                refused = status.CoverOpen() || status.PaperEnd();
-            }
+        if (trouble == Trouble::kNone && confirms && (received || result == 0)) {
+            trouble = Confirm(begin, status, result);
+            received = trouble != Trouble::kNone && !status.NoResponse() && (status.CoverOpen() || status.PaperEnd());
         }
         bool answerRetry = false;
-        if (encoder->IsInError() || refused) {
-            result = ErrorResultOf(status);
-            answerRetry = AskWhetherToRetry(job, status, result);
+        if (trouble != Trouble::kNone) {
+            result = trouble == Trouble::kPrinter ? ErrorResultOf(status) : opos::OPOS_E_FAILURE;
+            answerRetry = AskWhetherToRetry(job, status, result) && trouble != Trouble::kOther;
         }
-        if (retry != nullptr) *retry = answerRetry;
-        if (retry != nullptr || !answerRetry) return result;
+        // A transaction is repeated from its beginning, by whoever asked for this part of it.
+        const bool leavesRetry = retry != nullptr && !received;
+        if (retry != nullptr) *retry = answerRetry && leavesRetry;
+        if (!answerRetry || leavesRetry) return result;
         PauseBeforeRetry(job);
     }
+}
+
+// One attempt to hand all of the job to the link, from begin on. result is the operation's own.
+CPrintSpooler::Trouble CPrintSpooler::Send(const CSpoolJob& job, OutputMark& begin, PrinterStatus& status,
+                                           int32_t& result)
+{
+    printer::CPrinterEncoder& encoder = *printer.load();
+    if (encoder.IsInError()) {
+        const bool told = encoder.RecoverFromError() == 0;
+        result = encoder.GetStatus(status, false);
+        // Asking may have found a lost link again, over which the printer has not been told yet.
+        if (!told && !encoder.IsInError()) encoder.RecoverFromError();
+    }
+    if (!encoder.IsInError()) {
+        encoder.BeginOutput();
+        result = ExecuteInMemory(job);
+        begin = encoder.OutputBegin();
+        if (result == 0) return Trouble::kNone;
+        encoder.GetStatus(status, false);
+        // A printer that stopped taking data answers status queries all the same.
+        if (status.CoverOpen() || status.PaperEnd()) return Trouble::kPrinter;
+    }
+    if (encoder.IsInError()) return Trouble::kPrinter;
+    // The link is well again. A call of the application's own is told by its result; queued output has only the event.
+    const bool torn = LinkRefused(result, JobMeaningOf(job.type, traits.numbering));
+    if (torn) encoder.NoteTornOutput();
+    if (!RunsOnSpoolThread()) return Trouble::kNone;
+    return torn ? Trouble::kLink : Trouble::kOther;
+}
+
+// Whether the printer has all that was written since begin and prints it. status is its answer, result 0 or what the
+// job has come to.
+CPrintSpooler::Trouble CPrintSpooler::Confirm(const OutputMark& begin, PrinterStatus& status, int32_t& result)
+{
+    const bool told = printer.load()->ConfirmReceipt(begin, status);
+    if (told && !status.CoverOpen() && !status.PaperEnd() && !status.PaperJam()) {
+        LogWrite("[%s] --- DoJob CONFIRMED", traits.tag);
+        result = 0;
+        return Trouble::kNone;
+    }
+    result = ErrorResultOf(status);
+    LogWrite("[%s] --- DoJob NOT CONFIRMED %d", traits.tag, result);
+    return Trouble::kPrinter;
 }
 
 bool CPrintSpooler::AskWhetherToRetry(CSpoolJob& job, const PrinterStatus& status, int32_t result)
@@ -242,56 +322,43 @@ int32_t CPrintSpooler::Execute(const CSpoolJob& job)
     }
 }
 
-// The list is taken whole and the transaction closed in one step: what comes later is queued on its own and cannot
-// vanish in a record that has been printed already. Returns the number of the transaction, 0 when it is not open.
-uint32_t CPrintSpooler::TakeTransaction(uint32_t serial, JobList& jobs, Execution& execution)
+// One pass over a transaction, up to the first of its jobs that fails. printed counts those before it.
+int32_t CPrintSpooler::PrintPass(CSpoolJob& transactionJob, std::size_t& printed, bool& answerRetry)
 {
-    platform::MutexHold hold(*hMutexQueue);
-    if (transactionNumber.load() == 0 || serial != transactionSerial_) return 0;
-    jobs.swap(transactionList);
-    for (const auto& job : jobs)
-        execution.Add(*job);
-    return transactionNumber.exchange(0);
+    const JobList& jobs = transactionJob.transaction;
+    Pass pass;
+    int32_t result = 0;
+    answerRetry = false;
+    for (printed = 0; printed < jobs.size() && result == 0;) {
+        pass.last = printed + 1 == jobs.size();
+        result = DoJobOf(&pass, *jobs[printed], &answerRetry);
+        if (result == 0) ++printed;
+    }
+    return result;
 }
 
-// What was refused before it was tried stays collected, so that the application can print it when the printer is free.
-// False when it has been cleared, or another transaction has been begun, meanwhile.
-bool CPrintSpooler::PutTransactionBack(uint32_t serial, uint32_t number, JobList& jobs)
-{
-    platform::MutexHold hold(*hMutexQueue);
-    if (transactionNumber.load() != 0 || serial != transactionSerial_ || jobs.front()->cancelled.load()) return false;
-    transactionList.swap(jobs);
-    transactionNumber = number;
-    LogWrite("[%s] --- DoPrintTransaction Printer not available, transaction kept", traits.tag);
-    return true;
-}
-
-int32_t CPrintSpooler::DoPrintTransaction(uint32_t serial)
+int32_t CPrintSpooler::DoPrintTransaction(CSpoolJob& transactionJob)
 {
     LogWrite("[%s] --- DoPrintTransaction Begin", traits.tag);
-    JobList jobs;
     Execution execution(*this);
-    const uint32_t number = TakeTransaction(serial, jobs, execution);
+    execution.Add(transactionJob);
+    for (const auto& job : transactionJob.transaction)
+        execution.Add(*job);
 
-    int32_t result = 0;
-    bool answerRetry = false;
+    // A clear that came before it was entered here has marked the transaction alone.
+    int32_t result = transactionJob.cancelled.load() ? opos::OPOS_E_FAILURE : 0;
     std::size_t printed = 0;
-    do {
-        result = 0;
-        answerRetry = false;
-        printed = 0;
-        while (printed < jobs.size() && result == 0) {
-            result = DoJob(*jobs[printed], &answerRetry);
-            if (result == 0) ++printed;
-        }
-        if (answerRetry) PauseBeforeRetry(*jobs.front());
-    } while (answerRetry);
+    bool answerRetry = result == 0;
+    while (answerRetry) {
+        result = PrintPass(transactionJob, printed, answerRetry);
+        if (answerRetry) PauseBeforeRetry(transactionJob);
+    }
 
-    if (result != kBusy || printed != 0 || !PutTransactionBack(serial, number, jobs)) {
+    if (result != kBusy || printed != 0 || !PutTransactionBack(transactionJob)) {
         LogWrite("[%s] --- ClearTransaction Begin", traits.tag);
         LogWrite("[%s] --- ClearTransactionList Begin", traits.tag);
         execution.End();
-        jobs.clear();
+        transactionJob.transaction.clear();
         LogWrite("[%s] --- ClearTransactionList End", traits.tag);
         LogWrite("[%s] --- ClearTransaction End", traits.tag);
     }

@@ -172,6 +172,31 @@ bool CPrintSpooler::JoinTransaction(std::shared_ptr<CSpoolJob>& job)
     return true;
 }
 
+// The list is taken whole and the transaction closed in one step: what comes later is queued on its own and cannot
+// vanish in a record that has been printed already.
+void CPrintSpooler::TakeTransaction(CSpoolJob& transactionJob)
+{
+    if (transactionNumber.load() == 0) return;
+    transactionJob.transaction.swap(transactionList);
+    transactionJob.transactionSerial = transactionSerial_;
+    transactionJob.transactionNumber = transactionNumber.exchange(0);
+}
+
+// What was refused before it was tried stays collected, so that the application can print it when the printer is free.
+// False when it has been cleared, or another transaction has been begun, meanwhile.
+bool CPrintSpooler::PutTransactionBack(CSpoolJob& transactionJob)
+{
+    MutexHold hold(*hMutexQueue);
+    if (transactionNumber.load() != 0 || transactionJob.transactionSerial != transactionSerial_ ||
+        transactionJob.cancelled.load()) {
+        return false;
+    }
+    transactionList.swap(transactionJob.transaction);
+    transactionNumber = transactionJob.transactionNumber;
+    LogWrite("[%s] --- DoPrintTransaction Printer not available, transaction kept", traits.tag);
+    return true;
+}
+
 void CPrintSpooler::DropWhatIsLeft()
 {
     bool inProgress = false;
@@ -183,6 +208,7 @@ void CPrintSpooler::DropWhatIsLeft()
         queued = !asyncList.empty();
         collected = !transactionList.empty();
     }
+    if (inProgress || queued) droppedOutput_ = true;
     // Only where something is dropped, so that the log says so.
     if (inProgress) ClearInProgressList();
     if (queued) ClearAsyncList();

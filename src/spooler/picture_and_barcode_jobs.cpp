@@ -2,28 +2,21 @@
 
 #include <new>
 
-#include "opos/common.h"
 #include "spooler/barcode_request.h"
 #include "spooler/bitmap_request.h"
 #include "spooler/print_spooler.h"
-#include "support/service_log.h"
 
 namespace marbex::spooler {
-
-using support::LogWrite;
 
 int32_t CPrintSpooler::PrintBarCode(int32_t, const std::string& data, int32_t symbology, int32_t height, int32_t width,
                                     int32_t alignment, int32_t textPosition, std::atomic<int32_t>* outputId)
 {
     BarcodePayload payload(new (std::nothrow) printer::BarcodeDataStruct{});
-    if (!payload) {
-        LogWrite("[%s] --- PrintBarCode - BarcodeDataStruct Allocation failure", traits.tag);
-        return opos::OPOS_E_ILLEGAL;
-    }
     {
         platform::LockHold hold(barcodeLock_);
         const BarcodeRequest request{data, symbology, height, width, alignment, textPosition};
-        if (const int32_t refusal = PrepareBarcode(traits.tag, traits.logsCastWidth, barcodeEngine_, request, *payload);
+        if (const int32_t refusal =
+                PrepareBarcode(traits.tag, traits.logsCastWidth, barcodeEngine_, request, payload.get());
             refusal != 0) {
             return refusal;
         }
@@ -36,12 +29,8 @@ int32_t CPrintSpooler::PrintBitmap(int32_t, const std::string& fileName, int32_t
                                    int32_t rotation, std::atomic<int32_t>* outputId)
 {
     BitmapPayload payload(new (std::nothrow) printer::BitmapDataStruct{});
-    if (!payload) {
-        LogWrite("[%s] --- PrintBitmap - BitmapDataStruct Allocation failure", traits.tag);
-        return opos::OPOS_E_ILLEGAL;
-    }
     const BitmapRequest request{fileName, width, alignment, rotation};
-    if (const int32_t refusal = PrepareBitmap(traits.tag, request, *payload); refusal != 0) return refusal;
+    if (const int32_t refusal = PrepareBitmap(traits.tag, request, payload.get()); refusal != 0) return refusal;
     return AddJob(Number(JobMeaning::kPrintBitmap), std::move(payload), printer::kBitmapDataLength, outputId);
 }
 

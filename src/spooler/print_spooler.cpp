@@ -40,6 +40,8 @@ int32_t CPrintSpooler::Open(uint32_t openOptions)
     terminateRequest = false;
     closing = false;
     transactionNumber = 0;
+    confirmsOutput_ = false;
+    droppedOutput_ = false;
     printer = nullptr;
     outputIdCounter = 0;
     options = openOptions;

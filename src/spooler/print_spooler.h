@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/clock.h"
@@ -90,7 +89,7 @@ public:
     virtual int32_t AddJob(int32_t type, JobPayload buffer, uint32_t length, std::atomic<int32_t>* outputId);
     virtual int32_t AddJob(int32_t type, const std::string& text, std::atomic<int32_t>* outputId);
     virtual int32_t DoJob(CSpoolJob& job, bool* retry);
-    virtual int32_t DoPrintTransaction(uint32_t transactionSerial);
+    virtual int32_t DoPrintTransaction(CSpoolJob& transactionJob);
     virtual int32_t DoCheckPrinterStatus(bool force);
 
     // Pending print modes, taken by the next text of the models whose texts have a mode prefix.
@@ -103,7 +102,7 @@ public:
 
     int32_t GetInactivityTime();  // whole seconds since the end of the last job or immediate print
 
-    bool RunsOnSpoolThread() const { return spoolThreadId_.load() == std::this_thread::get_id(); }
+    bool RunsOnSpoolThread() const { return spoolThreadId_.load() == platform::CurrentThreadId(); }
     // Whether the CB_PRINTERROR under way comes from status polling, not from a job; for the callback only.
     bool ReportsPolling() const { return polling_.load() && RunsOnSpoolThread(); }
 
@@ -111,8 +110,14 @@ public:
     // on is not meant by a CLEAR, although the thread that asked may act on it a moment later.
     void NoteAnswer(int32_t answer);
 
+    // Whether a job counts as done only when the printer has told, over the link that carried all of it, that it is
+    // there. Off after Open.
+    void ConfirmOutput(bool on) { confirmsOutput_ = on; }
+
     // The device is about to close: jobs are refused from now on, pauses end.
     void BeginClosing();
+    // After Close: whether it gave up output that had been queued.
+    bool DroppedOutput() const { return droppedOutput_.load(); }
 
 private:
     using JobList = std::deque<std::shared_ptr<CSpoolJob>>;
@@ -135,14 +140,25 @@ private:
     void ReleasePrinter() MARBEX_NO_THREAD_SAFETY_ANALYSIS;  // taken through ApplicationThread, unseen by the analysis
     class HeldPrinter;
     class Execution;
-    int32_t DoAcquiredJob(CSpoolJob& job, bool* retry);
-    int32_t Attempt(CSpoolJob& job, bool* retry);
+    // A pass over a transaction: when its first byte went out, and whether what comes is its last job.
+    struct Pass {
+        std::optional<printer::OutputMark> begin;
+        bool last = false;
+    };
+    int32_t DoJobOf(Pass* pass, CSpoolJob& job, bool* retry);
+    int32_t DoAcquiredJob(Pass* pass, CSpoolJob& job, bool* retry);
+    int32_t Attempt(Pass* pass, CSpoolJob& job, bool* retry);
+    bool IsToBeConfirmed(const Pass* pass, const CSpoolJob& job) const;
+    enum class Trouble : uint8_t;
+    Trouble Send(const CSpoolJob& job, printer::OutputMark& begin, printer::PrinterStatus& status, int32_t& result);
+    Trouble Confirm(const printer::OutputMark& begin, printer::PrinterStatus& status, int32_t& result);
     int32_t Execute(const CSpoolJob& job);
     int32_t ExecuteInMemory(const CSpoolJob& job);
     bool AskWhetherToRetry(CSpoolJob& job, const printer::PrinterStatus& status, int32_t result);
     void PauseBeforeRetry(const CSpoolJob& job);
-    uint32_t TakeTransaction(uint32_t serial, JobList& jobs, Execution& execution);
-    bool PutTransactionBack(uint32_t serial, uint32_t number, JobList& jobs);
+    void TakeTransaction(CSpoolJob& transactionJob) MARBEX_REQUIRES(*hMutexQueue);
+    bool PutTransactionBack(CSpoolJob& transactionJob);
+    int32_t PrintPass(CSpoolJob& transactionJob, std::size_t& printed, bool& answerRetry);
 
     // How far a clear goes: the last queued job and the last opening of a transaction that it means.
     struct ClearLimit {
@@ -187,12 +203,14 @@ private:
     std::optional<ClearLimit> answeredAt_ MARBEX_GUARDED_BY(*hMutexQueue);  // of the error that is out
 
     std::unique_ptr<platform::Thread> thread;
-    std::atomic<std::thread::id> spoolThreadId_{};
+    std::atomic<platform::ThreadId> spoolThreadId_{0};
     std::atomic<bool> polling_{false};
     std::atomic<uint32_t> asyncMode{1};
     std::atomic<bool> terminateRequest{false};
     std::atomic<bool> opened{false};
     std::atomic<bool> closing{false};
+    std::atomic<bool> confirmsOutput_{false};
+    std::atomic<bool> droppedOutput_{false};
     std::atomic<uint32_t> transactionNumber{0};
     uint32_t transactionSerial_ MARBEX_GUARDED_BY(*hMutexQueue) = 0;  // counts openings from closed
     std::atomic<Callback> callback{nullptr};

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <variant>
@@ -40,8 +41,11 @@ public:
     // The how-manieth queued job it is; set when it is queued.
     uint64_t sequence = 0;
 
-    // Which opening of a transaction a transaction job prints; 0 when none was open.
+    // Of a job that prints a transaction: what was collected, and which opening and number the transaction had; 0 when
+    // none was open.
+    std::deque<std::shared_ptr<CSpoolJob>> transaction;
     uint32_t transactionSerial = 0;
+    uint32_t transactionNumber = 0;
 
     // Set by a clear: the current attempt is finished, no other is made.
     std::atomic<bool> cancelled{false};

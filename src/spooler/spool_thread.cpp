@@ -34,7 +34,7 @@ constexpr int64_t kSecondsBetweenNearEndQueries = 10;
 
 void CPrintSpooler::ThreadSpool()
 {
-    spoolThreadId_ = std::this_thread::get_id();
+    spoolThreadId_ = platform::CurrentThreadId();
     LogWrite("[%s] --- ThreadSpool Started", traits.tag);
     platform::WaitForOne(*printerAttached_, platform::kForever);
     DoCheckPrinterStatus(true);
@@ -70,13 +70,15 @@ void CPrintSpooler::Drain()
 
 void CPrintSpooler::RunQueued(CSpoolJob& job)
 {
+    int32_t result = 0;
     if (JobMeaningOf(job.type, traits.numbering) == JobMeaning::kPrintTransaction) {
         LogWrite("[%s] --- ThreadSpool RUN JOB_PRINT_TRANSACTION", traits.tag);
-        RunTransaction(job);
+        result = RunTransaction(job);
     } else {
         LogWrite("[%s] --- ThreadSpool RUN DoJob %d", traits.tag, static_cast<int>(job.outputId));
-        RunSynchronously(job);
+        result = RunSynchronously(job);
     }
+    if (result != 0 && closing.load()) droppedOutput_ = true;
 }
 
 int32_t CPrintSpooler::DoCheckPrinterStatus(bool force)

@@ -26,13 +26,15 @@ struct DeviceProfileStruct {
     char LogPath[260];
     uint32_t LogEnabled;
     uint32_t LogLevel;
+    uint32_t LogLimit;  // megabytes; 0: none
     char PrinterName[260];
     char IPAddress[20];
     uint32_t Port;
     uint32_t TimeoutRX;  // ms
     uint32_t TimeoutTX;  // ms
     uint32_t Settings;
-    uint8_t Fonts[260];  // count N, then N set numbers of the character-set table
+    uint32_t ConfirmOutput;  // not 0: a job is complete only when the printer has told that it has all of it
+    uint8_t Fonts[260];      // count N, then N set numbers of the character-set table
 };
 
 }  // namespace marbex::support

@@ -92,7 +92,8 @@ bool CDeviceRegistry::DeviceExists(const std::string& Name) const
 bool CDeviceRegistry::CreateNewDevice(std::string& Name)
 {
     std::string name = kNewDeviceName;
-    for (int number = 2; DeviceExists(name); ++number) {
+    // A key of that name may also be another maker's.
+    for (int number = 2; DeviceExists(name) || registry_.KeyExists(KeyOf(name)); ++number) {
         name = std::string(kNewDeviceName) + "(" + std::to_string(number) + ")";
     }
     const std::string key = KeyOf(name);

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <optional>
 #include <vector>
 
+#include "platform/text.h"
 #include "support/printer_tables.h"
 
 namespace marbex::support {
@@ -37,12 +39,14 @@ constexpr auto kFields = std::to_array<ProfileField>({
     {"LogEnabled", kNumber, "0", "0 no logs, 1 and 2 logs, 3 and above with the bytes sent and received", nullptr,
      &P::LogEnabled},
     {"LogLevel", kNumber, "0", "0 log files, any other the debugger's output", nullptr, &P::LogLevel},
+    {"LogLimit", kNumber, "0", "megabytes at which a log file begins anew, 0 never", nullptr, &P::LogLimit},
     {"IPAddress", kText, "192.168.0.1", "Ethernet: address in dotted form", Text<&P::IPAddress>},
     {"Port", kNumber, "9100", "Ethernet: TCP port", nullptr, &P::Port},
     {"PrinterName", kText, "", "USB: name of the printer among those attached", Text<&P::PrinterName>},
     {"TimeoutRX", kNumber, "5000", "milliseconds to receive in", nullptr, &P::TimeoutRX},
     {"TimeoutTX", kNumber, "5000", "milliseconds to send in", nullptr, &P::TimeoutTX},
     {"Settings", kNumber, "0", "sum of flags: 1 kicks the cash drawer after every cut", nullptr, &P::Settings},
+    {"ConfirmOutput", kNumber, "0", "1: output is complete when the printer confirms it", nullptr, &P::ConfirmOutput},
     {"Fonts", ProfileFieldKind::kCharacterSets, "0,2,3,4,5,19",
      "character sets offered, the printer's own table first"},
 });
@@ -98,9 +102,34 @@ bool IsTextType(RegistryType type)
     return type == RegistryType::kSz || type == RegistryType::kExpandSz || type == RegistryType::kMultiSz;
 }
 
-bool IsNumberType(RegistryType type)
+// What a reading that does not ask for the type gives: of a text its single-byte characters and its terminator.
+std::string StoredBytes(const RegistryValue& value)
 {
-    return type == RegistryType::kDword || type == RegistryType::kDwordBigEndian || type == RegistryType::kQword;
+    if (!IsTextType(value.type)) return value.data;
+    std::string bytes = platform::NarrowAnsi(platform::Utf16FromUtf8(value.data));
+    if (value.type != RegistryType::kMultiSz) bytes += '\0';
+    return bytes;
+}
+
+bool LoadText(const RegistryValue& value, std::span<char> room)
+{
+    std::string text = value.data.substr(0, value.data.find('\0'));
+    if (!IsTextType(value.type)) {
+        if (value.data.size() > room.size()) return false;
+        text = platform::Utf8FromUtf16(platform::WidenAnsi(text));
+    }
+    if (text.size() >= room.size()) return false;
+    CopyText(room, text);
+    return true;
+}
+
+bool LoadNumber(std::string_view bytes, uint32_t& number)
+{
+    if (bytes.size() > sizeof number) return false;
+    number = 0;
+    for (std::size_t i = bytes.size(); i-- > 0;)
+        number = number << 8 | static_cast<unsigned char>(bytes[i]);
+    return true;
 }
 
 bool IsDottedAddress(std::string_view text)
@@ -128,15 +157,28 @@ bool IsSpeed(uint32_t baud)
     return std::ranges::find(kSpeeds, baud) != kSpeeds.end();
 }
 
+template <typename Items, typename Name>
+std::string List(const Items& items, const Name& name)
+{
+    std::string list;
+    for (const auto& item : items)
+        list += (list.empty() ? "" : ", ") + name(item);
+    return list;
+}
+
 std::string CheckText(const ProfileField& field, std::string_view text, std::size_t capacity)
 {
     if (text.size() >= capacity) return "longer than " + std::to_string(capacity - 1) + " bytes";
     if (text.find('\0') != std::string_view::npos) return "a text cannot hold a zero";
     const auto isModel = [text](const PrinterModelStruct& model) { return platform::SameName(model.Name, text); };
     const auto isSubModel = [text](const SubModelStruct& subModel) { return subModel.Key == text; };
-    if (field.name == "PrinterModel" && std::ranges::none_of(PrinterModels(), isModel)) return "no such printer model";
+    if (field.name == "PrinterModel" && std::ranges::none_of(PrinterModels(), isModel)) {
+        return "not one of " +
+               List(PrinterModels(), [](const PrinterModelStruct& one) { return std::string(one.Name); });
+    }
     if (field.name == "PrinterSubModel" && std::ranges::none_of(SubModels(), isSubModel)) {
-        return "no such sub-model (capitals count)";
+        return "not empty nor, in capitals, one of " +
+               List(SubModels().subspan(1), [](const SubModelStruct& one) { return std::string(one.Key); });
     }
     if (field.name == "Format" && !IsLineFormat(text)) return "not one of 8N1, 7E1, 7O1, 8E1, 8O1";
     if (field.name == "IPAddress" && !IsDottedAddress(text)) return "not an address such as 192.168.0.1";
@@ -145,7 +187,7 @@ std::string CheckText(const ProfileField& field, std::string_view text, std::siz
 
 std::string CheckNumber(const ProfileField& field, uint32_t number)
 {
-    if (field.name == "PortType" && number > kPortUsb) return "not 0, 1 or 2";
+    if (field.name == "PortType" && number > kPortUsb) return "not 0 (serial), 1 (ethernet) or 2 (usb)";
     if (field.name == "Com" && (number == 0 || number > 256)) return "not from 1 to 256";
     if (field.name == "Speed" && !IsSpeed(number))
         return "not one of 1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200";
@@ -194,23 +236,15 @@ void SetFieldDefault(const ProfileField& field, DeviceProfileStruct& profile)
 
 bool LoadField(const ProfileField& field, const RegistryValue& value, DeviceProfileStruct& profile)
 {
-    if (field.kind == ProfileFieldKind::kText) {
-        const std::string_view text = std::string_view(value.data).substr(0, value.data.find('\0'));
-        const std::span<char> room = field.text(profile);
-        if (IsNumberType(value.type) || text.size() >= room.size()) return false;
-        CopyText(room, text);
-        return true;
+    switch (field.kind) {
+        case ProfileFieldKind::kText:
+            return LoadText(value, field.text(profile));
+        case ProfileFieldKind::kNumber:
+            return LoadNumber(StoredBytes(value), profile.*field.number);
+        case ProfileFieldKind::kCharacterSets:
+            break;
     }
-    if (IsTextType(value.type)) return false;
-    if (field.kind == ProfileFieldKind::kCharacterSets) return LoadSets(value.data, profile);
-
-    if (value.data.size() > sizeof(uint32_t)) return false;
-    uint32_t number = 0;
-    for (std::size_t i = value.data.size(); i-- > 0;) {
-        number = number << 8 | static_cast<unsigned char>(value.data[i]);
-    }
-    profile.*field.number = number;
-    return true;
+    return LoadSets(StoredBytes(value), profile);
 }
 
 RegistryValue StoreField(const ProfileField& field, const DeviceProfileStruct& profile)
@@ -260,15 +294,18 @@ std::string AssignField(const ProfileField& field, std::string_view text, Device
     }
     if (field.kind == ProfileFieldKind::kNumber) {
         const auto number = ParseNumber(text);
-        if (!number) return "not a number from 0 to 4294967295";
-        std::string problem = CheckNumber(field, *number);
+        // What is no number is out of every range.
+        std::string problem = CheckNumber(field, number.value_or(std::numeric_limits<uint32_t>::max()));
+        if (!number && problem.empty()) problem = "not a number from 0 to 4294967295";
         if (problem.empty()) profile.*field.number = *number;
         return problem;
     }
     const auto sets = ParseSets(text);
     if (!sets || sets->size() > 255) return "not set numbers with commas between them";
     for (const uint8_t set : *sets) {
-        if (FindCharacterSet(set) == nullptr) return "no character set " + std::to_string(set);
+        if (FindCharacterSet(set) != nullptr) continue;
+        const auto number = [](const CharSetStruct& one) { return std::to_string(one.SetNumber); };
+        return "no character set " + std::to_string(set) + "; there are " + List(CharacterSets(), number);
     }
     PutSets(*sets, profile);
     return {};

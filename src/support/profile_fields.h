@@ -36,8 +36,10 @@ const ProfileField* FindProfileField(std::string_view name);
 
 void SetFieldDefault(const ProfileField& field, DeviceProfileStruct& profile);
 
-// Takes a registry value; false, and nothing changes, when it does not fit: a text or number too long for the field,
-// text for a number, a number for text. Of a kCharacterSets the count is lowered to the set numbers that follow it.
+// Takes a registry value; false, and nothing changes, when it is too long for the field. Its type does not matter: a
+// number is made of up to four stored bytes, the lowest first (of a text its ANSI characters and its terminator, so
+// that "1" is 0x31), a text of the stored bytes as ANSI characters up to the first zero. Of a kCharacterSets the count
+// is lowered to the set numbers that follow it.
 bool LoadField(const ProfileField& field, const platform::RegistryValue& value, DeviceProfileStruct& profile);
 
 // The field as the registry keeps it.

@@ -9,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/lock.h"
+#include "platform/log_file.h"
 
 namespace marbex::support {
 
@@ -19,11 +20,16 @@ std::atomic<uint32_t> logEnabled{0};
 namespace {
 
 constexpr std::size_t kLineLimit = 124;  // time stamp and message, without CR LF
+constexpr uint64_t kMegabyte = 1 << 20;
+constexpr uint64_t kRetryAfter = 64 << 10;  // bytes that a log grows by before its next try to be renamed
 
 struct ServiceLog {
     platform::Lock lock;
     uint32_t level MARBEX_GUARDED_BY(lock) = 0;
     std::unique_ptr<platform::AppendFile> file MARBEX_GUARDED_BY(lock);
+    std::string path MARBEX_GUARDED_BY(lock);
+    uint64_t limit MARBEX_GUARDED_BY(lock) = 0;   // bytes; 0: none
+    uint64_t fullAt MARBEX_GUARDED_BY(lock) = 0;  // bytes: when it shall be renamed
 };
 
 // Never destroyed: a thread that outlives main may still write a line.
@@ -41,6 +47,23 @@ std::size_t FormatStamp(char* line)
     return static_cast<std::size_t>(length);
 }
 
+std::unique_ptr<platform::AppendFile> OpenFile(const std::string& path)
+{
+    return platform::OpenForAppend(path, platform::OtherWriters::kRefused);
+}
+
+// The file has to be closed for that.
+void SetAsideWhenFull(ServiceLog& log) MARBEX_REQUIRES(log.lock)
+{
+    if (log.file != nullptr) {
+        const uint64_t size = log.file->Size();
+        if (size < log.fullAt) return;
+        log.file.reset();
+        log.fullAt = platform::SetAside(log.path, log.limit) ? log.limit : size + kRetryAfter;
+    }
+    log.file = OpenFile(log.path);
+}
+
 void Send(std::string_view line)
 {
     ServiceLog& log = Log();
@@ -49,6 +72,7 @@ void Send(std::string_view line)
         // The log may have been switched while this line was being made.
         if (!LogIsEnabled()) return;
         if (log.level == 0) {
+            if (log.limit != 0) SetAsideWhenFull(log);
             if (log.file != nullptr) log.file->Append(line);
             return;
         }
@@ -72,16 +96,19 @@ void Send(std::string_view line)
 
 }  // namespace
 
-void LogOpen(const std::string& folder, uint32_t enabled, uint32_t level, int number)
+void LogOpen(const std::string& folder, uint32_t enabled, uint32_t level, int number, uint32_t limit)
 {
     ServiceLog& log = Log();
     const platform::LockHold hold(log.lock);
     internal::logEnabled.store(enabled, std::memory_order_relaxed);
     log.level = level;
     log.file.reset();
+    log.limit = 0;
     if (enabled != 0 && level == 0) {
-        log.file = platform::OpenForAppend(folder + "\\SOLogFile" + std::to_string(number) + ".txt",
-                                           platform::OtherWriters::kRefused);
+        log.path = folder + "\\SOLogFile" + std::to_string(number) + ".txt";
+        log.file = OpenFile(log.path);
+        log.fullAt = limit * kMegabyte;
+        log.limit = log.file != nullptr ? log.fullAt : 0;
     }
 }
 

@@ -15,8 +15,10 @@ extern std::atomic<uint32_t> logEnabled;
 
 // Switches the log. enabled 0 writes nothing; level 0 appends to SOLogFile<number>.txt in folder (created when missing,
 // never truncated, readable by others meanwhile), any other level goes to the debugger's output. A file open from
-// before is closed. A file that cannot be opened loses its lines silently. Any thread.
-void LogOpen(const std::string& folder, uint32_t enabled, uint32_t level, int number);
+// before is closed. A file that cannot be opened loses its lines silently. With a limit, in megabytes of 1,048,576
+// bytes, a file that has reached it is renamed to its name with ".1" behind it, in the place of an older one, before
+// the next line; one that cannot be renamed goes on growing. Any thread.
+void LogOpen(const std::string& folder, uint32_t enabled, uint32_t level, int number, uint32_t limit = 0);
 
 // Switches the log off and closes its file. Any thread.
 void LogClose();

@@ -47,7 +47,8 @@ protected:
     tests::TestClock clock;
     tests::LoopbackServer server;
     tests::LoopbackPeer peer;
-    CNuComEth transport{log.log, std::make_unique<tests::ScriptedSocket>(script), clock};
+    platform::StopSignal stop;
+    CNuComEth transport{log.log, std::make_unique<tests::ScriptedSocket>(script), clock, stop};
 };
 
 }  // namespace marbex::comm

@@ -102,7 +102,7 @@ TEST_F(EthernetTransport, WritesInPacketsAndReadsWhatComes)
     EXPECT_EQ(Write(data), 0U);
     EXPECT_EQ(script.sendSizes, (std::vector<std::size_t>{1024, 1024, 952}));
     EXPECT_EQ(peer.Read(3000), data);
-    EXPECT_EQ(transport.BytesWritten(), 3000U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 3000U);
     EXPECT_EQ(script.sendTimeout, 5000U);
 
     peer.Send(std::string(300, 'r'));
@@ -178,7 +178,7 @@ TEST_F(EthernetTransport, FailuresOfASendHaveTheirCodes)
     script.send = [](int call) { return call == 2 ? std::optional(kBroken) : std::nullopt; };
     EXPECT_EQ(Write(std::string(3000, 'x')), 212U);
     EXPECT_EQ(script.sends, 2);
-    EXPECT_EQ(transport.BytesWritten(), 1024U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 1024U);
     EXPECT_EQ(transport.LastSystemError(), static_cast<uint32_t>(EAGAIN));
     EXPECT_NE(log.Text().find("CNuComEth::WriteTCP -  Write failed: error system occurred during Write()\n"),
               std::string::npos);
@@ -217,7 +217,7 @@ TEST_F(EthernetTransport, ShortSendIsWarnedOfAndCounted)
     log.log.SetMode(kLogToFile, 12);
     script.send = [](int call) { return call == 2 ? std::optional(TcpTransfer{TcpStatus::kOk, 24}) : std::nullopt; };
     EXPECT_EQ(Write(std::string(1024, 'a') + std::string(1024, 'b') + std::string(10, 'c')), 0U);
-    EXPECT_EQ(transport.BytesWritten(), 1058U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 1058U);
     EXPECT_EQ(peer.Read(1058), std::string(1024, 'a') + std::string(24, 'b') + std::string(10, 'c'));
     EXPECT_EQ(log.Last(), "CNuComEth::WriteTCP -  Warning: write not completed,not all bytes were written");
 }

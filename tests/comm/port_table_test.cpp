@@ -180,13 +180,13 @@ TEST_F(Ports, BlockedPortDoesNotDelayAnother)
 {
     LoopbackPeer slow = OpenEthernet();
     LoopbackPeer quick = OpenEthernet();
-    PortRecord* waiting = table.Select(1);
+    const auto waiting = table.Select(1);
     ASSERT_NE(waiting, nullptr);
     uint8_t late = 0;
     uint32_t lateCount = 0;
     auto blocked = std::async(std::launch::async, [&] { return waiting->Read(&late, 1, &lateCount); });
     for (int i = 0; i < 20; ++i) {
-        PortRecord* record = table.Select(2);
+        const auto record = table.Select(2);
         ASSERT_NE(record, nullptr);
         ASSERT_EQ(record->Write(&byte, 1), 0U);
         ASSERT_EQ(quick.Read(1), "x");

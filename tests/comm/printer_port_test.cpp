@@ -7,6 +7,7 @@
 #include <string>
 
 #include "comm/comm_log_file.h"
+#include "comm/read_within.h"
 #include "comm/scripted_socket.h"
 #include "loopback_server.h"
 
@@ -57,6 +58,7 @@ TEST_F(EthernetPrinterPort, AnswersMinusOneUntilItIsOpen)
     EXPECT_EQ(port.Read(&byte, &length), -1);
     EXPECT_EQ(port.WriteSecondary(&byte, 1), -1);
     EXPECT_EQ(port.CleanBoth(), 0);
+    port.DiscardInput();
     EXPECT_EQ(port.CleanInput(), 0);
     EXPECT_EQ(port.CleanOutput(), 0);
     EXPECT_EQ(port.CleanBothAgain(), 0);
@@ -115,6 +117,39 @@ TEST_F(EthernetPrinterPort, LongDataGoesOutWholeInPieces)
     EXPECT_EQ(script.sends, 33);
 }
 
+TEST_F(EthernetPrinterPort, ReadsWithATimeLimitOfItsOwn)
+{
+    EXPECT_EQ(tests::ReadWithin(port, 60000), "(failed)");
+    Open();
+    tests::CheckReadsWithin(port, [this](std::string_view bytes) { peer.Send(bytes); });
+    peer.Finish();
+    EXPECT_EQ(tests::ReadWithin(port, 60000), "(failed)");
+}
+
+// Who wants to know whether one connection carried a job, and the answer behind it, counts the openings.
+TEST_F(EthernetPrinterPort, CountsItsOpenings)
+{
+    EXPECT_EQ(port.Openings(), 0U);
+    Open();
+    EXPECT_EQ(port.WriteText("a"), 0);
+    EXPECT_EQ(port.Openings(), 1U);
+    peer.Reset();
+    EXPECT_EQ(tests::ReadWithin(port, 60000), "(failed)") << "the new connection knows nothing of the question";
+    EXPECT_EQ(port.Openings(), 2U);
+    peer = server.Accept();
+    script.send = [&](int call) {
+        return call == 2 ? std::optional(TcpTransfer{TcpStatus::kAborted, 0}) : std::nullopt;
+    };
+    EXPECT_EQ(port.WriteText("b"), 0);
+    EXPECT_EQ(port.Openings(), 3U);
+    port.Close();
+    EXPECT_EQ(port.Openings(), 3U);
+    server.Stop();
+    EXPECT_EQ(port.Open(), -1);
+    EXPECT_EQ(port.Openings(), 3U);
+    EXPECT_EQ(port.BaudRate(), 0U);
+}
+
 // The transport calls a short send a success. A receipt with a hole in it is none.
 TEST_F(EthernetPrinterPort, ShortSendIsAFailedWrite)
 {
@@ -135,14 +170,41 @@ TEST_F(EthernetPrinterPort, WhatCannotBeOpenedFailsAndMayBeOpenedLater)
     port.SetTimeouts(10000, 10000);
     script.connect = [](int) { return std::optional(false); };
     EXPECT_TRUE(fails());
-    EXPECT_NE(table.Find(3), nullptr);  // the record of a failed open stays
     port.SetPortType(3);
-    EXPECT_TRUE(fails());
-    EXPECT_EQ(table.Find(4), nullptr);  // an unknown kind of port does not even get a record
+    EXPECT_TRUE(fails());  // an unknown kind of port does not even get an id
     port.SetPortType(kEthernet);
     script.connect = [](int) { return std::nullopt; };
     Open();
     EXPECT_NE(table.Find(4), nullptr);
+}
+
+// A till that opens and closes for years must not grow. Who else writes to a log that another port left is as it was.
+TEST_F(EthernetPrinterPort, RecordsAreGoneWithTheirConnections)
+{
+    CPrinterPort other(table);
+    other.SetPortType(kEthernet);
+    other.SetIpAddress("127.0.0.1");
+    other.SetTcpPort(server.Port());
+    other.SetLog(1, 0, folder.Path(), 2);
+    Open();
+    ASSERT_EQ(other.Open(), 0);
+    std::weak_ptr<PortRecord> record = table.Find(2);
+    other.Close();
+    EXPECT_EQ(table.Find(2), nullptr);
+    EXPECT_EQ(table.SetCommunicationPort(2), 4U);
+    EXPECT_FALSE(record.expired()) << "it is the current one";
+    EXPECT_EQ(port.WriteText("x"), 0);
+    EXPECT_TRUE(record.expired());
+    EXPECT_EQ(tests::ReadLogLines(folder.File("COposComm2.log")).back(),
+              "SetCommunicationPort -  Communication ID will be setted to 1 ");
+
+    record = table.Find(1);
+    const std::shared_ptr<PortRecord> inUse = table.Find(1);
+    port.Close();
+    script.connect = [](int) { return std::optional(false); };
+    EXPECT_EQ(port.Open(), -1);
+    EXPECT_EQ(table.Find(3), nullptr);
+    EXPECT_EQ(inUse->Close(), 206U) << "a call under way still has it";
 }
 
 TEST_F(EthernetPrinterPort, TimeoutsAboveTheRangeOfASocketAreCut)

@@ -36,6 +36,7 @@ struct ScriptedSerial final : platform::SerialSystem {
     };
     platform::SerialTransfer read{true, 0};
     std::vector<std::size_t> writes;
+    std::vector<uint32_t> readLimits;
     std::vector<std::string> purges, lines;
     platform::SerialTimeouts timeouts;
 
@@ -63,6 +64,7 @@ struct ScriptedSerial::Line final : platform::SerialLine {
     explicit Line(ScriptedSerial& script) : script_(script) { ++script_.opened; }
     ~Line() override { --script_.opened; }
 
+    void HeedStop(const platform::StopSignal&) override {}
     std::optional<platform::LineSettings> Settings() override
     {
         return script_.canGet ? std::optional(script_.settings) : std::nullopt;
@@ -96,6 +98,11 @@ struct ScriptedSerial::Line final : platform::SerialLine {
     {
         std::fill_n(buffer.begin(), script_.read.count, std::byte{0x2A});
         return script_.read;
+    }
+    platform::SerialTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) override
+    {
+        script_.readLimits.push_back(milliseconds);
+        return Read(buffer);
     }
     platform::SerialTransfer Write(std::span<const std::byte> bytes) override
     {

@@ -74,6 +74,13 @@ public:
         return real_->Receive(buffer);
     }
 
+    platform::TcpTransfer ReceiveUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) override
+    {
+        if (const auto result = script_.receive(++script_.receives)) return *result;
+        return real_->ReceiveUntilStopped(buffer, milliseconds);
+    }
+
+    void HeedStop(const platform::StopSignal& stop) override { real_->HeedStop(stop); }
     void DiscardInput() override { real_->DiscardInput(); }
     bool Close() override { return script_.close(++script_.closes) && real_->Close(); }
     uint32_t LastError() const override { return script_.lastError != 0 ? script_.lastError : real_->LastError(); }

@@ -73,6 +73,7 @@ struct ScriptedUsb::Pipe final : platform::UsbPipe {
     Pipe(ScriptedUsb& script, Direction direction) : script_(script), direction_(direction) { ++script_.opened; }
     ~Pipe() override { --script_.opened; }
 
+    void HeedStop(const platform::StopSignal&) override {}
     platform::UsbTransfer Write(std::span<const std::byte> bytes, uint32_t timeout) override
     {
         script_.timeouts.push_back(timeout);
@@ -85,6 +86,10 @@ struct ScriptedUsb::Pipe final : platform::UsbPipe {
         script_.reads.push_back(buffer.size());
         std::fill(buffer.begin(), buffer.end(), std::byte{0x2A});
         return script_.read(static_cast<int>(script_.reads.size()), buffer.size());
+    }
+    platform::UsbTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t timeout) override
+    {
+        return Read(buffer, timeout);
     }
     bool Cancel() override
     {

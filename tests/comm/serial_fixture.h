@@ -38,7 +38,8 @@ protected:
     tests::TransportLog log;
     tests::ScriptedSerial serial;
     tests::TestClock clock;
-    CNuComSerial transport{log.log, serial, clock};
+    platform::StopSignal stop;
+    CNuComSerial transport{log.log, serial, clock, stop};
     std::vector<uint8_t> buffer;
     uint32_t count = 0;
 };

@@ -81,7 +81,7 @@ TEST_F(SerialTransport, WritesInPackets)
     log.log.SetMode(kLogToFile, 12);
     EXPECT_EQ(Write(std::string(2500, 'x')), 0U);
     EXPECT_EQ(serial.writes, (std::vector<std::size_t>{1024, 1024, 452}));
-    EXPECT_EQ(transport.BytesWritten(), 2500U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 2500U);
     EXPECT_TRUE(serial.purges.empty());
     EXPECT_EQ(log.Text(),
               "CNuComSerial::WriteSerial -  Bytes to send: 2500, packet byte used:1024\n"
@@ -99,7 +99,7 @@ TEST_F(SerialTransport, FailedAndShortWritesArePurged)
     EXPECT_TRUE(log.Has("CNuComSerial::WriteSerial -  Write failed: error system occurred during Write()"));
     EXPECT_EQ(log.Last(), "CNuComSerial::WriteSerial -  Purge communication ports");
     EXPECT_EQ(serial.writes.size(), 2U);
-    EXPECT_EQ(transport.BytesWritten(), 1024U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 1024U);
     EXPECT_EQ(transport.LastSystemError(), 5U);
 
     serial.write = [](int, std::size_t) { return SerialTransfer{true, 0}; };
@@ -109,7 +109,7 @@ TEST_F(SerialTransport, FailedAndShortWritesArePurged)
     serial.write = [](int, std::size_t size) { return SerialTransfer{true, size - 1}; };
     log.Forget();
     EXPECT_EQ(Write("abc"), 0U);
-    EXPECT_EQ(transport.BytesWritten(), 2U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 2U);
     EXPECT_EQ(log.Text(),
               "CNuComSerial::WriteSerial -  Bytes to send: 3, packet byte used:3\n"
               "CNuComSerial::WriteSerial -  3 bytes to write:\n"
@@ -117,6 +117,17 @@ TEST_F(SerialTransport, FailedAndShortWritesArePurged)
               "CNuComSerial::WriteSerial -  SendBuffer[0x01]=0x62 \n"
               "CNuComSerial::WriteSerial -  Purge communication ports\n");
     EXPECT_EQ(serial.purges, (std::vector<std::string>{"outin", "outin", "outin"}));
+}
+
+TEST_F(SerialTransport, PrinterGivenUpWhileClosingIsNotWaitedForAgain)
+{
+    Open();
+    serial.write = [](int, std::size_t) { return SerialTransfer{true, 0}; };
+    EXPECT_EQ(Write("receipt"), 112U);
+    stop.Set(true);
+    EXPECT_EQ(Write("receipt"), 112U);
+    EXPECT_EQ(Write("receipt"), 112U);
+    EXPECT_EQ(serial.writes.size(), 2U);
 }
 
 TEST_F(SerialTransport, ReadsOnceAndTellsSilenceFromFailure)

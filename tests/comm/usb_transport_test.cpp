@@ -52,7 +52,8 @@ protected:
     tests::TransportLog log;
     ScriptedUsb usb;
     tests::TestClock clock;
-    CNuComUsb transport{log.log, usb, clock};
+    platform::StopSignal stop;
+    CNuComUsb transport{log.log, usb, clock, stop};
     std::vector<uint8_t> buffer;
     uint32_t count = 0;
 };
@@ -189,7 +190,7 @@ TEST_F(UsbTransport, WritesInPacketsEachWithItsTimeLimit)
     EXPECT_EQ(Write(std::string(2100, 'x')), 0U);
     EXPECT_EQ(usb.writes, (std::vector<std::size_t>{1024, 1024, 52}));
     EXPECT_EQ(usb.timeouts, (std::vector<uint32_t>{3000, 3000, 3000}));
-    EXPECT_EQ(transport.BytesWritten(), 2100U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 2100U);
     EXPECT_EQ(log.Text(),
               "CNuComUsb::WriteUsb -  Bytes to send: 2100, packet byte used:1024\n"
               "CNuComUsb::WriteUsb -  2100 bytes to write:\n");
@@ -197,7 +198,7 @@ TEST_F(UsbTransport, WritesInPacketsEachWithItsTimeLimit)
     log.log.SetMode(kLogToFile, 13);
     AnswerWrites(UsbStatus::kDone, 1);
     EXPECT_EQ(Write("ab"), 0U);
-    EXPECT_EQ(transport.BytesWritten(), 1U);
+    EXPECT_EQ(transport.Use().BytesWritten(), 1U);
     EXPECT_TRUE(log.Has("CNuComUsb::WriteUsb -  SendBuffer[0x00]=0x61 "));
     EXPECT_FALSE(log.Has("CNuComUsb::WriteUsb -  SendBuffer[0x01]=0x62 "));
     EXPECT_EQ(log.Last(), "CNuComUsb::WriteUsb -  Warning: USB write not completed,not all bytes were written");
@@ -236,6 +237,26 @@ TEST_F(UsbTransport, FailuresOfATransferHaveTheirCodesAndAreCancelled)
     EXPECT_EQ(usb.opened, 2);  // still open
 }
 
+TEST_F(UsbTransport, PrinterGivenUpWhileClosingIsNotWaitedForAgain)
+{
+    Open();
+    AnswerWrites(UsbStatus::kTimedOut);
+    EXPECT_EQ(Write("receipt"), 313U);
+    EXPECT_EQ(Write("receipt"), 313U);
+    EXPECT_EQ(usb.writes.size(), 2U);
+    stop.Set(true);
+    EXPECT_EQ(Write("receipt"), 313U);
+    EXPECT_EQ(Write("receipt"), 313U);
+    EXPECT_EQ(usb.writes.size(), 3U);
+    // A printer that never stops sending is not listened to either.
+    AnswerReads(UsbStatus::kDone, 4);
+    EXPECT_EQ(transport.CleanUsb(false, true), 0U);
+    EXPECT_EQ(usb.reads.size(), 1U);
+    stop.Set(false);
+    EXPECT_EQ(Write("receipt"), 313U);
+    EXPECT_EQ(usb.writes.size(), 4U);
+}
+
 TEST_F(UsbTransport, ReadsAtMostAPacket)
 {
     EXPECT_EQ(Read(), 309U);
@@ -253,6 +274,20 @@ TEST_F(UsbTransport, ReadsAtMostAPacket)
     EXPECT_EQ(Read(), 0U);
     EXPECT_EQ(log.Text(),
               "CNuComUsb::ReadUsb -  START\nCNuComUsb::ReadUsb -  2 bytes read:\nCNuComUsb::ReadUsb -  END\n");
+}
+
+// Some printers answer every asking, with nothing, until they have something to say.
+TEST_F(UsbTransport, ReadWithALimitGoesOnThroughEmptyTransfers)
+{
+    Open();
+    buffer.assign(16, 0);
+    usb.read = [](int call, std::size_t) { return UsbTransfer{UsbStatus::kDone, call < 4 ? 0U : 6U}; };
+    EXPECT_EQ(transport.ReadUsbWithin(buffer.data(), 16, 500, &count), LinkRead::kArrived);
+    EXPECT_EQ(count, 6U);
+    EXPECT_EQ(usb.timeouts, (std::vector<uint32_t>{500, 490, 480, 470}));
+    AnswerReads(UsbStatus::kDone);
+    EXPECT_EQ(transport.ReadUsbWithin(buffer.data(), 16, 500, &count), LinkRead::kNothing);
+    EXPECT_EQ(usb.timeouts.back(), 0U);
 }
 
 TEST_F(UsbTransport, CleansItsPipes)

@@ -4,9 +4,11 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "loopback_server.h"
+#include "platform/stopped_waits.h"
 
 namespace marbex::platform {
 namespace {
@@ -36,6 +38,23 @@ protected:
         const TcpTransfer got = socket->Receive(std::as_writable_bytes(std::span(text)));
         text.resize(got.count);
         return got;
+    }
+
+    // Connects until nobody answers any more, and tells how long that last attempt took.
+    static std::vector<std::unique_ptr<TcpSocket>> FillUp(const LoopbackServer& full,
+                                                          std::chrono::steady_clock::duration* took = nullptr)
+    {
+        std::vector<std::unique_ptr<TcpSocket>> waiting;
+        bool answered = true;
+        while (answered && waiting.size() < 16) {
+            waiting.push_back(NewTcpSocket());
+            EXPECT_TRUE(waiting.back()->Create());
+            const auto start = std::chrono::steady_clock::now();
+            answered = waiting.back()->Connect(kLoopback, full.Port(), 200);
+            if (took != nullptr) *took = std::chrono::steady_clock::now() - start;
+        }
+        EXPECT_FALSE(answered);
+        return waiting;
     }
 
     LoopbackServer server;
@@ -80,17 +99,8 @@ TEST_F(Tcp, RefusedConnectionFailsAtOnceWithTheSystemsNumber)
 TEST_F(Tcp, UnansweredConnectionEndsWithItsTimeLimit)
 {
     LoopbackServer full(0, 0);
-    std::vector<std::unique_ptr<TcpSocket>> waiting;
-    bool answered = true;
     std::chrono::steady_clock::duration took{};
-    while (answered && waiting.size() < 16) {
-        waiting.push_back(NewTcpSocket());
-        ASSERT_TRUE(waiting.back()->Create());
-        const auto start = std::chrono::steady_clock::now();
-        answered = waiting.back()->Connect(kLoopback, full.Port(), 200);
-        took = std::chrono::steady_clock::now() - start;
-    }
-    ASSERT_FALSE(answered);
+    const auto waiting = FillUp(full, &took);
     EXPECT_EQ(waiting.back()->LastError(), tests::kTimedOutError);
     EXPECT_GE(took, std::chrono::milliseconds(200));
     EXPECT_LT(took, std::chrono::seconds(5));
@@ -101,9 +111,9 @@ TEST_F(Tcp, SilenceIsAFailureAndNotAnAbort)
     Connect();
     ASSERT_TRUE(socket->SetReceiveTimeout(20));
     std::string reply;
-    EXPECT_EQ(Receive(reply).status, TcpStatus::kFailed);
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kTimedOut);
     ASSERT_TRUE(socket->SetReceiveTimeout(0));  // not "for ever"
-    EXPECT_EQ(Receive(reply).status, TcpStatus::kFailed);
+    EXPECT_EQ(Receive(reply).status, TcpStatus::kTimedOut);
 }
 
 TEST_F(Tcp, PrinterThatTakesNothingEndsASendWithItsTimeLimit)
@@ -116,7 +126,51 @@ TEST_F(Tcp, PrinterThatTakesNothingEndsASendWithItsTimeLimit)
         sent = socket->Send(Bytes(block));
         if (sent.status != TcpStatus::kOk) break;
     }
-    EXPECT_EQ(sent.status, TcpStatus::kFailed);
+    EXPECT_EQ(sent.status, TcpStatus::kTimedOut);
+}
+
+// A till that closes must not wait for a printer that does nothing, and must not drop what a slow one still takes.
+TEST_F(Tcp, AfterTheSignalOnlyProgressIsWaitedFor)
+{
+    StopSignal stop;
+    const auto connect = [&](LoopbackPeer& end) {
+        auto made = NewTcpSocket();
+        made->HeedStop(stop);
+        EXPECT_TRUE(made->Create() && made->Connect(kLoopback, server.Port(), 5000));
+        EXPECT_TRUE(made->SetSendTimeout(tests::kOneMinute) && made->SetReceiveTimeout(tests::kOneMinute));
+        end = server.Accept();
+        return made;
+    };
+    LoopbackPeer stalled, silent, slow;
+    const auto sender = connect(stalled), receiver = connect(silent), patient = connect(slow);
+    LoopbackServer full(0, 0);
+    const auto waiting = FillUp(full);
+    socket->HeedStop(stop);
+    ASSERT_TRUE(socket->Create());
+
+    const std::string block(8 << 20, 'x');
+    ASSERT_TRUE(sender->SetSendTimeout(50));
+    while (sender->Send(Bytes(block)).status == TcpStatus::kOk) {
+    }
+    ASSERT_TRUE(sender->SetSendTimeout(tests::kOneMinute));
+    TcpTransfer sent{};
+    std::jthread slowPrinter([&] {
+        for (std::size_t taken = 0; taken < block.size(); taken += block.size() / 8) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+            slow.Read(block.size() / 8);
+        }
+    });
+    std::jthread slowJob([&] { sent = patient->Send(Bytes(block)); });
+    tests::ExpectToEndTwoSecondsAfter(
+        stop, {{"connect", [&] { EXPECT_FALSE(socket->Connect(kLoopback, full.Port(), tests::kOneMinute)); }},
+               {"send", [&] { EXPECT_EQ(sender->Send(Bytes("x")).status, TcpStatus::kTimedOut); }},
+               {"receive", [&] {
+                    std::byte byte{};
+                    EXPECT_EQ(receiver->Receive({&byte, 1}).status, TcpStatus::kTimedOut);
+                }}});
+    slowPrinter.join();
+    slowJob.join();
+    EXPECT_EQ(sent.count, block.size());
 }
 
 TEST_F(Tcp, ResetIsAnAbortOnReadAndOnWrite)

@@ -49,6 +49,15 @@ protected:
     EncoderTraits traits;
 };
 
+TEST_F(IdentityTest, WhatCameBeforeTheQuestionIsNoAnswer)
+{
+    traits.identity = Check(kOneShort);
+    port.pieces = {"\x10\x0F"};
+    port.Answer(kShortQuestion, {"\x8E"});
+    EXPECT_TRUE(CheckPrinter());
+    EXPECT_EQ(trace, (Trace{"write " + kShortQuestion, "close"})) << "and nothing tells of it";
+}
+
 TEST_F(IdentityTest, ShortIdentifiers)
 {
     traits.identity = Check(kOneShort);

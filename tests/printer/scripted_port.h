@@ -3,12 +3,14 @@
 // A printer made of a script, behind the port interface: records what is done to the port, in order, and plays replies
 // in the pieces they were given in. Together with a clock that only moves when told to.
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <deque>
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -49,6 +51,9 @@ public:
     bool open = true;
     bool opens = true;  // the primary link
     bool opensSecondary = true;
+    uint32_t openings = 1;  // for the test to raise
+    uint32_t baudRate = 0;
+    std::atomic<bool> stopped = false;
     std::deque<Piece> pieces;                 // what the next reads bring; empty reads after the last
     std::function<void()> onRead;             // time that a read takes
     std::optional<std::size_t> failingWrite;  // counted from 0
@@ -84,6 +89,7 @@ public:
     {
         const std::string bytes(reinterpret_cast<const char*>(buffer), length);
         trace_.push_back("write " + bytes);
+        openingOfWrite_ = openings;
         if (failingWrite == writes_++) return 1;
         if (auto found = answers_.find(bytes); found != answers_.end() && !found->second.empty()) {
             for (Piece& piece : found->second.front())
@@ -112,6 +118,21 @@ public:
         return static_cast<int32_t>(count);
     }
 
+    // As Read; what brings nothing is silence until the limit.
+    comm::LinkRead ReadWithin(std::span<uint8_t> room, uint32_t milliseconds, std::size_t& count) override
+    {
+        trace_.push_back("read within " + std::to_string(milliseconds));
+        auto length = static_cast<uint16_t>(room.size());
+        const int32_t result = Read(room.data(), &length);
+        count = result > 0 ? length : 0;
+        if (result < 0) return comm::LinkRead::kFailed;
+        return result > 0 ? comm::LinkRead::kArrived : comm::LinkRead::kNothing;
+    }
+    uint32_t Openings() const override { return openings; }
+    uint32_t OpeningOfWrite() const override { return openingOfWrite_; }
+    uint32_t BaudRate() const override { return baudRate; }
+    void RequestStop(bool stop) override { stopped = stop; }
+
     int32_t CleanInput() override
     {
         trace_.push_back("clean input");
@@ -123,6 +144,7 @@ public:
         trace_.push_back("clean output");
         return 0;
     }
+    void DiscardInput() override { pieces.clear(); }
     int32_t OpenSecondary(uint32_t comPort) override
     {
         trace_.push_back("open secondary " + std::to_string(comPort));
@@ -137,6 +159,7 @@ public:
 private:
     Trace& trace_;
     std::size_t writes_ = 0;
+    uint32_t openingOfWrite_ = 0;
     std::map<std::string, std::deque<std::deque<Piece>>> answers_;
 };
 

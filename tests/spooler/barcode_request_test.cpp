@@ -18,7 +18,7 @@ class BarcodeRequestTest : public testing::Test {
 protected:
     int32_t Prepare(const BarcodeRequest& request, bool logsCastWidth = true)
     {
-        return PrepareBarcode("CPrintSpoolerTalis", logsCastWidth, engine_, request, payload_);
+        return PrepareBarcode("CPrintSpoolerTalis", logsCastWidth, engine_, request, &payload_);
     }
 
     static std::vector<std::string>& Lines() { return test::RequestLog::Lines(); }

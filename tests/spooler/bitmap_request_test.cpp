@@ -52,7 +52,7 @@ protected:
     int32_t Prepare(const std::string& file, int32_t width, int32_t alignment = PTR_BM_LEFT,
                     int32_t rotation = PTR_RP_NORMAL)
     {
-        return PrepareBitmap("CPrintSpoolerOrven", {file, width, alignment, rotation}, payload_);
+        return PrepareBitmap("CPrintSpoolerOrven", {file, width, alignment, rotation}, &payload_);
     }
 
     static std::vector<std::string> Tagged(std::vector<std::string> lines)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <deque>
 #include <mutex>
 #include <new>
 #include <string>
@@ -36,6 +37,26 @@ public:
     {
         const std::lock_guard hold(mutex_);
         queriesLeft_ = queries;
+    }
+
+    // The next text does not reach the printer, which answers all the same.
+    void BreakLinkOnce()
+    {
+        const std::lock_guard hold(mutex_);
+        linkBreaks_ = true;
+    }
+
+    // What the next questions for a confirmation find; after them the printer confirms. kSilent: no answer in time, or
+    // over another link.
+    void Confirm(std::deque<Condition> found)
+    {
+        const std::lock_guard hold(mutex_);
+        confirmations_ = std::move(found);
+    }
+    int Confirmations()
+    {
+        const std::lock_guard hold(mutex_);
+        return confirmationsAsked_;
     }
 
     // The next text finds no memory.
@@ -84,16 +105,27 @@ public:
     }
     int32_t RecoverFromError() override { return 0; }
 
+    bool ConfirmReceipt(const printer::OutputMark&, printer::PrinterStatus& status) override
+    {
+        const std::lock_guard hold(mutex_);
+        ++confirmationsAsked_;
+        Condition found = Condition::kWell;
+        if (!confirmations_.empty()) {
+            found = confirmations_.front();
+            confirmations_.pop_front();
+        }
+        status = StatusOf(found);
+        failed = found == Condition::kSilent;
+        return !failed;
+    }
+
     int32_t GetStatus(printer::PrinterStatus& status, bool, uint32_t* fullStatus) override
     {
         const std::lock_guard hold(mutex_);
         ++queries_;
-        status = {};
+        status = StatusOf(condition_);
         if (fullStatus != nullptr) *fullStatus = 0;
         failed = condition_ == Condition::kSilent;
-        status.flags[printer::PrinterStatus::kCoverOpen] = condition_ == Condition::kCoverOpen;
-        status.flags[printer::PrinterStatus::kPaperEnd] = condition_ == Condition::kPaperEnd;
-        status.flags[printer::PrinterStatus::kNoResponse] = condition_ == Condition::kSilent;
         if (queriesLeft_ > 0 && --queriesLeft_ == 0) condition_ = Condition::kWell;
         return failed ? 1 : 0;
     }
@@ -105,6 +137,15 @@ private:
         return traits;
     }
 
+    static printer::PrinterStatus StatusOf(Condition condition)
+    {
+        printer::PrinterStatus status;
+        status.flags[printer::PrinterStatus::kCoverOpen] = condition == Condition::kCoverOpen;
+        status.flags[printer::PrinterStatus::kPaperEnd] = condition == Condition::kPaperEnd;
+        status.flags[printer::PrinterStatus::kNoResponse] = condition == Condition::kSilent;
+        return status;
+    }
+
     int32_t Take(const std::string& what)
     {
         std::unique_lock hold(mutex_);
@@ -113,6 +154,10 @@ private:
         changed_.wait(hold, [this] { return !held_; });
         waiting_ = false;
         if (std::exchange(withoutMemory_, false)) throw std::bad_alloc();
+        if (std::exchange(linkBreaks_, false)) {
+            failed = true;
+            return printer::kEncoderTextNotSent;
+        }
         if (textsLeft_ > 0 && --textsLeft_ == 0) condition_ = later_;
         if (condition_ != Condition::kWell) {
             failed = true;
@@ -129,6 +174,9 @@ private:
     int textsLeft_ = 0;
     int queriesLeft_ = 0;
     bool withoutMemory_ = false;
+    bool linkBreaks_ = false;
+    std::deque<Condition> confirmations_;
+    int confirmationsAsked_ = 0;
     bool held_ = false;
     bool waiting_ = false;
     int queries_ = 0;

@@ -150,12 +150,70 @@ TEST_F(PrintSpoolerTest, WantOfMemoryFailsOneJobAndNoMore)
     spooler.SetSyncMode();
     printer.RunOutOfMemory();
     EXPECT_EQ(spooler.PrintNormal("too large", &id), opos::OPOS_E_FAILURE);
+    EXPECT_EQ(Count(CB_PRINTERROR), 0U);
     spooler.SetAsyncMode();
     printer.RunOutOfMemory();
+    OnError([] { return OPOS_ER_RETRY; });
     spooler.PrintNormal("too large", &id);
     spooler.PrintNormal("next", &id);
     ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE));
+    EXPECT_EQ(Count(CB_PRINTERROR), 1U) << "repeating cannot help, but the application is told";
     EXPECT_EQ(printer.Printed(), std::vector<std::string>{"next"});
+}
+
+// The write fails and the printer, asked why, is back already: no flag of its status says that anything was lost.
+TEST_F(PrintSpoolerTest, QueuedOutputThatTheLinkDidNotTakeIsReportedThoughThePrinterIsWell)
+{
+    OnError([] { return OPOS_ER_RETRY; });
+    printer.BreakLinkOnce();
+    spooler.PrintNormal("1", &id);
+    spooler.BeginTransaction();
+    spooler.PrintNormal("2", &id);
+    spooler.CutPaper(100, &id);
+    spooler.PrintTransaction();
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE, 2));
+    EXPECT_EQ(Count(CB_PRINTERROR), 1U);
+    printer.BreakLinkOnce();
+    spooler.BeginTransaction();
+    spooler.PrintNormal("3", &id);
+    spooler.CutPaper(100, &id);
+    spooler.PrintTransaction();
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE, 3));
+    EXPECT_EQ(Count(CB_PRINTERROR), 2U);
+    EXPECT_EQ(printer.Printed(), (std::vector<std::string>{"1", "2", "cut 100", "3", "cut 100"}));
+
+    spooler.SetSyncMode();
+    printer.BreakLinkOnce();
+    EXPECT_EQ(spooler.PrintNormal("lost", &id), printer::kEncoderTextNotSent) << "the result tells";
+    EXPECT_EQ(Count(CB_PRINTERROR), 2U);
+}
+
+TEST_F(PrintSpoolerTest, ATransactionEndsAtOnceWhenRepeatingCannotHelp)
+{
+    OnError([] { return OPOS_ER_RETRY; });
+    printer.RunOutOfMemory();
+    spooler.BeginTransaction();
+    spooler.PrintNormal("too large", &id);
+    spooler.CutPaper(100, &id);
+    spooler.PrintTransaction();
+    spooler.PrintNormal("next", &id);
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE));
+    EXPECT_EQ(printer.Printed(), std::vector<std::string>{"next"});
+}
+
+// A till cuts after its transaction: the cut must not join what is being printed already, and complete by itself.
+TEST_F(PrintSpoolerTest, WhatFollowsAQueuedTransactionCompletesOnItsOwn)
+{
+    printer.Hold();
+    spooler.PrintNormal("before", &id);
+    printer.WaitUntilHeld();
+    spooler.BeginTransaction();
+    spooler.PrintNormal("in", &id);
+    spooler.PrintTransaction();
+    spooler.CutPaper(100, &id);
+    printer.Resume();
+    ASSERT_TRUE(AwaitReport(CB_JOBCOMPLETE, 3));
+    EXPECT_EQ(printer.Printed(), (std::vector<std::string>{"before", "in", "cut 100"}));
 }
 
 TEST_F(PrintSpoolerTest, AnImmediatePrintThatSentNothingDoesNotReportSuccess)

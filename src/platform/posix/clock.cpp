@@ -40,6 +40,11 @@ Clock& SystemClock()
     return clock;
 }
 
+std::chrono::steady_clock::time_point MonotonicNow()
+{
+    return std::chrono::steady_clock::now();
+}
+
 LocalTime Now()
 {
     // Breaking a time down into local time costs more than the rest of a log line; lines come many to the second.

@@ -35,9 +35,16 @@ constexpr auto kKnownPages = std::to_array<KnownPage>({
     {65001, nullptr},
 });
 
-std::unique_ptr<CodePage> MakeIconvPage(const char* name)
+// Lead bytes of Windows that the C library takes for undefined: of the characters that users define. What they begin is
+// a character nobody knows, not two others.
+bool BeginsUsersCharacter(uint32_t number, unsigned byte)
 {
-    IconvHandle toUtf16("UTF-16LE", name);
+    return (number == 949 || number == 950) && byte >= 0x81 && byte <= 0xFE;
+}
+
+std::unique_ptr<CodePage> MakeIconvPage(const KnownPage& page)
+{
+    IconvHandle toUtf16("UTF-16LE", page.iconvName);
     if (!toUtf16.IsOpen()) return nullptr;
     char16_t single[256];
     bool hasLeadBytes = false;
@@ -46,17 +53,19 @@ std::unique_ptr<CodePage> MakeIconvPage(const char* name)
         char16_t room[4];
         std::size_t used = 0;
         const int error = toUtf16.Convert(&byte, 1, room, sizeof room, used);
-        hasLeadBytes = hasLeadBytes || error == EINVAL;
-        single[value] = error == 0 && used == sizeof(char16_t) ? room[0] : kUndefinedUnit;
+        const bool isCharacter = error == 0 && used == sizeof(char16_t);
+        const bool isLead = error == EINVAL || (!isCharacter && BeginsUsersCharacter(page.number, value));
+        hasLeadBytes = hasLeadBytes || isLead;
+        single[value] = isCharacter ? room[0] : isLead ? kLeadUnit : kUndefinedUnit;
     }
-    return hasLeadBytes ? MakeMultiBytePage(MakeIconvConverter(name), single) : MakeSingleBytePage(single);
+    return hasLeadBytes ? MakeMultiBytePage(MakeIconvConverter(page.iconvName), single) : MakeSingleBytePage(single);
 }
 
 std::unique_ptr<CodePage> MakePage(const KnownPage& page)
 {
     if (page.number == kUtf8Number) return MakeUtf8Page();
     if (page.number == kWesternNumber) return MakeWesternPage();
-    return MakeIconvPage(page.iconvName);
+    return MakeIconvPage(page);
 }
 
 struct Slot {

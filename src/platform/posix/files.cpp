@@ -10,92 +10,63 @@
 
 #include "platform/debugger.h"
 #include "platform/lock.h"
+#include "platform/posix/open_file.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/posix/whole_write.h"
-#include "platform/registry.h"
-#include "platform/text.h"
-#include "platform/unicode.h"
-
-// Every file is opened with O_NONBLOCK: it changes nothing for a file on disk, and a configured path that turns out to
-// be a named pipe must not hold up the till until somebody opens its other end. A pipe is no file in any case: when its
-// reader goes, the next line would be the till's last.
 
 namespace marbex::platform {
 
 namespace {
 
-constexpr mode_t kNewFileMode = 0644;
-
-// What the application passes is text of the ANSI code page. A name in other bytes than UTF-8 may yet be a file's.
-std::string SystemPath(const std::string& path)
-{
-    const std::string native = NativePath(path);
-    if (IsUtf8(path) || access(native.c_str(), F_OK) == 0) return native;
-    return NativePath(Utf8FromUtf16(WidenAnsi(path)));
-}
-
-UniqueFd Open(const std::string& path, int flags)
-{
-    const std::string native = SystemPath(path);
-    for (;;) {
-        const int fd = open(native.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kNewFileMode);
-        if (fd < 0 && errno == EINTR) continue;
-        UniqueFd file(fd);
-        struct stat status {};
-        if (file && (fstat(fd, &status) != 0 || S_ISFIFO(status.st_mode))) file.Reset();
-        return file;
-    }
-}
-
 class PosixAppendFile : public AppendFile {
 public:
     explicit PosixAppendFile(UniqueFd fd) : fd_(std::move(fd)) {}
     bool Append(std::string_view bytes) override { return WriteAll(fd_.Get(), bytes); }
+    uint64_t Size() const override
+    {
+        struct stat status {};
+        return fstat(fd_.Get(), &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+    }
 
 private:
     UniqueFd fd_;
 };
 
-// Whether path still names the open file: a reader that took the file away while we were getting hold of it would
-// leave us writing into a file without a name.
-bool StillNamed(int fd, const std::string& path)
-{
-    struct stat open {};
-    struct stat named {};
-    return fstat(fd, &open) == 0 && stat(SystemPath(path).c_str(), &named) == 0 && open.st_dev == named.st_dev &&
-           open.st_ino == named.st_ino;
-}
-
 }  // namespace
 
 std::unique_ptr<AppendFile> OpenForAppend(const std::string& path, OtherWriters /*others*/)
 {
-    UniqueFd fd = Open(path, O_WRONLY | O_CREAT | O_APPEND);
+    UniqueFd fd = OpenFile(SystemPath(path), O_WRONLY | O_CREAT | O_APPEND);
     if (!fd) return nullptr;
     return std::make_unique<PosixAppendFile>(std::move(fd));
 }
 
 bool FileExists(const std::string& path)
 {
-    const UniqueFd fd = Open(path, O_RDONLY);
+    const UniqueFd fd = OpenFile(SystemPath(path), O_RDONLY);
     struct stat status {};
     return fd && fstat(fd.Get(), &status) == 0 && !S_ISDIR(status.st_mode);
 }
 
 bool CreateEmptyFile(const std::string& path)
 {
-    return static_cast<bool>(Open(path, O_WRONLY | O_CREAT | O_TRUNC));
+    const UniqueFd fd = OpenFile(SystemPath(path), O_WRONLY | O_CREAT);
+    struct stat status {};
+    if (!fd || fstat(fd.Get(), &status) != 0) return false;
+    return !S_ISREG(status.st_mode) || ftruncate(fd.Get(), 0) == 0;
 }
 
 bool CreateNewFile(const std::string& path)
 {
-    return static_cast<bool>(Open(path, O_WRONLY | O_CREAT | O_EXCL));
+    return static_cast<bool>(OpenFile(SystemPath(path), O_WRONLY | O_CREAT | O_EXCL));
 }
 
 bool AppendExclusively(const std::string& path, std::string_view bytes)
 {
-    const UniqueFd fd = Open(path, O_WRONLY | O_CREAT | O_APPEND);
-    if (!fd || flock(fd.Get(), LOCK_EX | LOCK_NB) != 0 || !StillNamed(fd.Get(), path)) return false;
+    const std::string file = SystemPath(path);
+    const UniqueFd fd = OpenFile(file, O_WRONLY | O_CREAT | O_APPEND);
+    // A reader that took the file away meanwhile would leave us writing into a file without a name.
+    if (!fd || flock(fd.Get(), LOCK_EX | LOCK_NB) != 0 || !StillNamed(fd.Get(), file)) return false;
     struct stat before {};
     if (fstat(fd.Get(), &before) != 0) return false;
     if (WriteAll(fd.Get(), bytes)) return true;
@@ -106,7 +77,7 @@ bool AppendExclusively(const std::string& path, std::string_view bytes)
 
 std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit)
 {
-    const UniqueFd fd = Open(path, O_RDONLY);
+    const UniqueFd fd = OpenFile(SystemPath(path), O_RDONLY);
     struct stat status {};
     if (!fd || fstat(fd.Get(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     if (static_cast<uint64_t>(status.st_size) > limit) return std::nullopt;

@@ -2,26 +2,25 @@
 
 #include <poll.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <climits>
 
-#include "platform/deadline.h"
+#include "platform/transfer_limit.h"
 
 namespace marbex::platform {
 
 enum class PollResult { kReady, kTimedOut, kFailed };
 
-// Waits for events of one descriptor until the deadline; a hang-up or error of the descriptor is ready too, for the
+// Waits for events of one descriptor until the limit; a hang-up or error of the descriptor is ready too, for the
 // next transfer tells which. Signals do not stretch the wait.
-inline PollResult PollUntil(int descriptor, short events, const Deadline& deadline)
+inline PollResult PollUntil(int descriptor, short events, const TransferLimit& limit)
 {
     for (;;) {
+        const uint32_t slice = limit.Slice();
         pollfd item{descriptor, events, 0};
-        const int found = poll(&item, 1, static_cast<int>(std::min<uint32_t>(deadline.Remaining(), INT_MAX)));
+        const int found = poll(&item, 1, static_cast<int>(slice));
         if (found > 0) return PollResult::kReady;
-        if (found == 0) return PollResult::kTimedOut;
-        if (errno != EINTR) return PollResult::kFailed;
+        if (found == 0 && slice == 0) return PollResult::kTimedOut;
+        if (found < 0 && errno != EINTR) return PollResult::kFailed;
     }
 }
 

@@ -15,6 +15,40 @@ bool IsAtOrBelow(std::string_view foldedPath, std::string_view foldedKey)
            (foldedPath.size() == foldedKey.size() || foldedPath[foldedKey.size()] == '\\');
 }
 
+// Up to so many are looked through faster than an index.
+constexpr std::size_t kFewEntries = 16;
+constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
+
+std::size_t PlaceOf(const RegSection& section, std::string_view name)
+{
+    if (!section.places.empty()) {
+        const auto found = section.places.find(FoldCase(name));
+        return found == section.places.end() ? kNowhere : found->second;
+    }
+    for (std::size_t i = 0; i < section.entries.size(); ++i) {
+        if (SameName(section.entries[i].value.name, name)) return i;
+    }
+    return kNowhere;
+}
+
+void Append(RegSection& section, RegEntry entry)
+{
+    section.entries.push_back(std::move(entry));
+    const std::size_t count = section.entries.size();
+    if (count <= kFewEntries) return;
+    for (std::size_t i = section.places.empty() ? 0 : count - 1; i < count; ++i)
+        section.places.emplace(FoldCase(section.entries[i].value.name), i);
+}
+
+void Erase(RegSection& section, std::size_t place)
+{
+    section.places.erase(FoldCase(section.entries[place].value.name));
+    section.entries.erase(section.entries.begin() + static_cast<std::ptrdiff_t>(place));
+    for (auto& [name, other] : section.places) {
+        if (other > place) --other;
+    }
+}
+
 std::string_view Above(std::string_view path)
 {
     const std::size_t separator = path.rfind('\\');
@@ -60,9 +94,8 @@ const RegEntry* RegDocument::FindEntry(std::string_view path, std::string_view n
 {
     const RegSection* section = Find(path);
     if (section == nullptr) return nullptr;
-    const auto found = std::find_if(section->entries.begin(), section->entries.end(),
-                                    [&](const RegEntry& entry) { return SameName(entry.value.name, name); });
-    return found == section->entries.end() ? nullptr : &*found;
+    const std::size_t place = PlaceOf(*section, name);
+    return place == kNowhere ? nullptr : &section->entries[place];
 }
 
 RegSection& RegDocument::EnsureAtEnd(std::string_view path)
@@ -89,7 +122,7 @@ RegSection& RegDocument::Ensure(std::string_view path)
 RegSection& RegDocument::Insert(std::size_t place, std::string_view path, std::string foldedPath)
 {
     const auto offset = static_cast<std::ptrdiff_t>(place);
-    sections_.insert(sections_.begin() + offset, RegSection{std::string(path), {}, {}});
+    sections_.insert(sections_.begin() + offset, RegSection{std::string(path), {}, {}, {}});
     folded_.insert(folded_.begin() + offset, std::move(foldedPath));
     if (place + 1 == sections_.size()) {
         index_.emplace(folded_.back(), place);
@@ -102,33 +135,47 @@ RegSection& RegDocument::Insert(std::size_t place, std::string_view path, std::s
 void RegDocument::Set(std::string_view path, RegEntry entry)
 {
     RegSection& section = Ensure(path);
-    for (RegEntry& old : section.entries) {
-        if (!SameName(old.value.name, entry.value.name)) continue;
-        if (entry.comment.empty()) entry.comment = std::move(old.comment);
-        old = std::move(entry);
+    const std::size_t place = PlaceOf(section, entry.value.name);
+    if (place == kNowhere) {
+        Append(section, std::move(entry));
+        ++entryCount_;
         return;
     }
-    section.entries.push_back(std::move(entry));
+    RegEntry& old = section.entries[place];
+    if (entry.comment.empty()) entry.comment = std::move(old.comment);
+    old = std::move(entry);
 }
 
 bool RegDocument::DeleteEntry(std::string_view path, std::string_view name)
 {
     const auto found = index_.find(FoldCase(path));
     if (found == index_.end()) return false;
-    return std::erase_if(sections_[found->second].entries,
-                         [&](const RegEntry& entry) { return SameName(entry.value.name, name); }) > 0;
+    RegSection& section = sections_[found->second];
+    const std::size_t place = PlaceOf(section, name);
+    if (place == kNowhere) return false;
+    Erase(section, place);
+    --entryCount_;
+    return true;
 }
 
 bool RegDocument::DeleteKey(std::string_view path)
 {
     const std::string key = FoldCase(path);
-    const std::size_t before = sections_.size();
-    for (std::size_t i = sections_.size(); i-- > 0;) {
-        if (!IsAtOrBelow(folded_[i], key)) continue;
-        sections_.erase(sections_.begin() + static_cast<std::ptrdiff_t>(i));
-        folded_.erase(folded_.begin() + static_cast<std::ptrdiff_t>(i));
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < sections_.size(); ++i) {
+        if (IsAtOrBelow(folded_[i], key)) {
+            entryCount_ -= sections_[i].entries.size();
+        } else {
+            if (kept != i) {
+                sections_[kept] = std::move(sections_[i]);
+                folded_[kept] = std::move(folded_[i]);
+            }
+            ++kept;
+        }
     }
-    if (sections_.size() == before) return false;
+    if (sections_.size() == kept) return false;
+    sections_.resize(kept);
+    folded_.resize(kept);
     Reindex();
     // A key that only stood in the file as the beginning of the deleted one must not go with it.
     const std::string_view above = Above(path);

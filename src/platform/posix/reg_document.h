@@ -25,6 +25,7 @@ struct RegSection {
     std::string path;
     std::string comment;
     std::vector<RegEntry> entries;
+    std::unordered_map<std::string, std::size_t> places;  // entries by name without regard to case, once they are many
 };
 
 enum class RegEncoding { kUtf8, kUtf8WithMark, kUtf16 };
@@ -46,6 +47,7 @@ public:
     bool DeleteKey(std::string_view path);                           // the key above it stays
 
     const std::vector<RegSection>& Sections() const { return sections_; }
+    std::size_t EntryCount() const { return entryCount_; }  // of all sections
 
     RegEncoding encoding = RegEncoding::kUtf8;
     bool carriageReturns = false;  // lines end with CR LF
@@ -53,6 +55,7 @@ public:
 
 private:
     std::vector<RegSection> sections_;
+    std::size_t entryCount_ = 0;
     std::vector<std::string> folded_;                     // the paths of sections_, without regard to case
     std::unordered_map<std::string, std::size_t> index_;  // folded path to section
 

@@ -16,6 +16,12 @@ constexpr std::string_view kVersion5 = "Windows Registry Editor Version 5.00";
 constexpr std::string_view kVersion4 = "REGEDIT4";
 constexpr std::string_view kBlanks = " \t\r";
 
+// Far above what a branch of a till's registry holds, so that reading takes seconds at the most and not all the memory.
+constexpr std::size_t kMostKeys = 100'000;
+constexpr std::size_t kMostValues = 400'000;
+constexpr std::size_t kMostDeletions = 100;  // a file that only says what there is has none
+constexpr std::size_t kDeepestKey = 512;     // parts, as for Windows
+
 struct HiveName {
     std::string_view name, full;
 };
@@ -130,6 +136,7 @@ private:
     std::string_view line_;
     std::string comment_;
     std::optional<std::string> section_;  // none before the first key; empty below a deleted one
+    std::size_t deletions_ = 0;
     std::optional<RegParseProblem> problem_;
 
     void Fail(std::string message)
@@ -175,13 +182,18 @@ private:
         const std::string full = std::string(hive->full) + std::string(path.substr(hiveEnd));
         if (full.find("\\\\") != std::string::npos) return Fail("a key with an empty part");
 
+        if (std::count(full.begin(), full.end(), '\\') > static_cast<std::ptrdiff_t>(kDeepestKey))
+            return Fail("a key of more than 512 parts");
+
         if (deleted) {
+            if (++deletions_ > kMostDeletions) return Fail("more than 100 deletions");
             document_.DeleteKey(full);
             section_ = std::string();
             comment_.clear();
             return;
         }
         document_.EnsureAtEnd(full).comment += std::exchange(comment_, {});
+        if (document_.Sections().size() > kMostKeys) return Fail("more than 100000 keys");
         section_ = full;
     }
 
@@ -202,11 +214,13 @@ private:
 
         if (text.starts_with('-')) {
             RequireEnd(text.substr(1), "text behind the - that deletes a value");
+            if (++deletions_ > kMostDeletions) return Fail("more than 100 deletions");
             if (!problem_ && !section_->empty()) document_.DeleteEntry(*section_, entry.value.name);
             return;
         }
         ReadData(text, entry);
         if (!problem_ && !section_->empty()) document_.Set(*section_, std::move(entry));
+        if (document_.EntryCount() > kMostValues) Fail("more than 400000 values");
     }
 
     void ReadData(std::string_view text, RegEntry& entry)

@@ -11,13 +11,15 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/deadline.h"
+#include "platform/posix/patient_close.h"
 #include "platform/posix/poll_wait.h"
 #include "platform/posix/unique_fd.h"
 
 namespace marbex::platform {
 
 namespace {
+
+constexpr uint32_t kClosingMilliseconds = 500;  // for a driver that waits inside close
 
 struct Speed {
     uint32_t baudRate;
@@ -86,10 +88,9 @@ LineSettings FromTermios(const termios& terminal)
     return settings;
 }
 
-Deadline TransferDeadline(uint32_t constant, uint32_t multiplier, std::size_t count)
+uint32_t TotalTimeout(uint32_t constant, uint32_t multiplier, std::size_t count)
 {
-    const uint64_t total = constant + static_cast<uint64_t>(multiplier) * count;
-    return Deadline(static_cast<uint32_t>(std::min<uint64_t>(total, kForever - 1)));
+    return static_cast<uint32_t>(std::min<uint64_t>(constant + uint64_t{multiplier} * count, kForever - 1));
 }
 
 class Terminal final : public SerialLine {
@@ -98,6 +99,8 @@ public:
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
     ~Terminal() override { Release(); }
+
+    void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
 
     std::optional<LineSettings> Settings() override
     {
@@ -142,46 +145,34 @@ public:
 
     SerialTransfer Read(std::span<std::byte> buffer) override
     {
-        const Deadline total = TransferDeadline(timeouts_.readConstant, timeouts_.readMultiplier, buffer.size());
-        std::size_t count = 0;
-        while (count < buffer.size()) {
-            const bool intervalRuns = count > 0 && timeouts_.readInterval > 0;
-            const Deadline interval(intervalRuns ? timeouts_.readInterval : kForever);
-            const bool intervalFirst = intervalRuns && interval.Remaining() < total.Remaining();
-            const PollResult waited = PollUntil(Fd(), POLLIN, intervalFirst ? interval : total);
-            if (waited == PollResult::kTimedOut) break;
-            if (waited == PollResult::kFailed) return FailedTransfer(errno);
-            const ssize_t got = read(Fd(), buffer.data() + count, buffer.size() - count);
-            if (got > 0) {
-                count += static_cast<std::size_t>(got);
-            } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
-                if (count > 0) break;  // what came before the end is the caller's; the next read finds the end again
-                return FailedTransfer(got == 0 ? EIO : errno);
-            } else if (total.Remaining() == 0) {
-                break;  // of a driver that promises and does not keep
-            }
-        }
-        return {true, count};
+        const uint32_t total = TotalTimeout(timeouts_.readConstant, timeouts_.readMultiplier, buffer.size());
+        return ReadWithin(buffer, TransferLimit(total, *stop_));
+    }
+
+    SerialTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) override
+    {
+        return ReadWithin(buffer, TransferLimit(milliseconds, *stop_, TransferLimit::AtStop::kEnd));
     }
 
     SerialTransfer Write(std::span<const std::byte> bytes) override
     {
-        const Deadline total = TransferDeadline(timeouts_.writeConstant, timeouts_.writeMultiplier, bytes.size());
+        TransferLimit limit(TotalTimeout(timeouts_.writeConstant, timeouts_.writeMultiplier, bytes.size()), *stop_);
         std::size_t count = 0;
         while (count < bytes.size()) {
             const ssize_t put = write(Fd(), bytes.data() + count, bytes.size() - count);
             if (put > 0) {
                 count += static_cast<std::size_t>(put);
+                limit.Progress();
                 continue;
             }
             if (put < 0 && errno == EINTR) continue;
             if (put < 0 && errno != EAGAIN) return FailedTransfer(errno);
-            if (total.Remaining() == 0) break;
-            const PollResult waited = PollUntil(Fd(), POLLOUT, total);
+            if (limit.IsOver()) break;
+            const PollResult waited = PollUntil(Fd(), POLLOUT, limit);
             if (waited == PollResult::kTimedOut) break;
             if (waited == PollResult::kFailed) return FailedTransfer(errno);
         }
-        const auto unsent = WaitUntilSent(total);
+        const auto unsent = WaitUntilSent(limit);
         return unsent ? SerialTransfer{true, count - std::min(count, *unsent)} : SerialTransfer{false, 0};
     }
 
@@ -198,6 +189,30 @@ public:
 private:
     int Fd() const { return descriptor_.Get(); }
 
+    SerialTransfer ReadWithin(std::span<std::byte> buffer, TransferLimit limit)
+    {
+        std::size_t count = 0;
+        while (count < buffer.size()) {
+            const bool intervalRuns = count > 0 && timeouts_.readInterval > 0;
+            const TransferLimit interval(intervalRuns ? timeouts_.readInterval : kForever, *stop_);
+            const bool intervalFirst = intervalRuns && interval.Remaining() < limit.Remaining();
+            const PollResult waited = PollUntil(Fd(), POLLIN, intervalFirst ? interval : limit);
+            if (waited == PollResult::kTimedOut) break;
+            if (waited == PollResult::kFailed) return FailedTransfer(errno);
+            const ssize_t got = read(Fd(), buffer.data() + count, buffer.size() - count);
+            if (got > 0) {
+                count += static_cast<std::size_t>(got);
+                limit.Progress();
+            } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
+                if (count > 0) break;  // what came before the end is the caller's; the next read finds the end again
+                return FailedTransfer(got == 0 ? EIO : errno);
+            } else if (limit.IsOver()) {
+                break;  // of a driver that promises and does not keep
+            }
+        }
+        return {true, count};
+    }
+
     // A pseudo-terminal has no such queue: what was written is at the other end already, and flushing would take it
     // away from there.
     bool HasQueuedOutput() const
@@ -208,9 +223,9 @@ private:
 
     // The kernel takes bytes long before the line has carried them, and keeps them for ever when the printer holds the
     // line. Waits until they are out or the time is over; returns how many are not, nothing when the device went away.
-    std::optional<std::size_t> WaitUntilSent(const Deadline& total)
+    std::optional<std::size_t> WaitUntilSent(TransferLimit& limit)
     {
-        for (;;) {
+        for (int before = 0;;) {
             int queued = 0;
             if (ioctl(Fd(), TIOCOUTQ, &queued) != 0) {
                 if (!IsGoneError(errno)) return 0;  // there is no such queue
@@ -218,7 +233,8 @@ private:
                 return std::nullopt;
             }
             if (queued <= 0) return 0;
-            const uint32_t left = total.Remaining();
+            if (queued < std::exchange(before, queued)) limit.Progress();
+            const uint32_t left = limit.Remaining();
             if (left == 0) return static_cast<std::size_t>(queued);
             const uint32_t baudRate = applied_ ? std::max<uint32_t>(applied_->baudRate, 1) : 9600;
             const auto estimate = static_cast<uint32_t>(static_cast<uint64_t>(queued) * 10 * 1000 / baudRate);
@@ -238,7 +254,12 @@ private:
         // Closing would wait up to half a minute for output that the printer does not take.
         if (HasQueuedOutput()) tcflush(Fd(), TCOFLUSH);
         ioctl(Fd(), TIOCNXCL);
-        descriptor_.Reset();
+        // The drivers of USB adapters have nothing to throw it away with.
+        int queued = 0;
+        if (ioctl(Fd(), TIOCOUTQ, &queued) == 0 && queued > 0)
+            CloseWithin(std::move(descriptor_), kClosingMilliseconds);
+        else
+            descriptor_.Reset();
     }
 
     bool Fail(int error)
@@ -255,6 +276,7 @@ private:
     }
 
     UniqueFd descriptor_;
+    const StopSignal* stop_ = &kNeverStopped;
     std::optional<LineSettings> applied_;
     SerialTimeouts timeouts_;
     bool gone_ = false;

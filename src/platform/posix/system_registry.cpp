@@ -21,6 +21,7 @@
 #include "platform/clock.h"
 #include "platform/files.h"
 #include "platform/lock.h"
+#include "platform/posix/open_file.h"
 #include "platform/posix/reg_file.h"
 #include "platform/posix/registry_location.h"
 #include "platform/posix/unique_fd.h"
@@ -32,7 +33,7 @@ namespace marbex::platform {
 
 namespace {
 
-constexpr uint64_t kLargestFile = 256u << 20;
+constexpr uint64_t kLargestFile = 64u << 20;
 constexpr uint32_t kTurnTimeout = 10000;  // ms a writer waits for the others
 constexpr mode_t kNewFileMode = 0644;
 // A file system stamps changes in steps of some milliseconds. A file changed this shortly before it was read may have
@@ -106,10 +107,13 @@ std::shared_ptr<const Snapshot> ReadSnapshot(const std::string& path)
 UniqueFd TakeTurn(const std::string& path)
 {
     const std::string lockPath = path + ".lock";
-    UniqueFd fd(open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kNewFileMode));
-    if (!fd) fd = UniqueFd(open(lockPath.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));  // another user's
+    // Nothing is written into it, and nobody waits at a pipe that somebody has put there.
+    constexpr int kAlways = O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    UniqueFd fd(open(lockPath.c_str(), O_RDWR | O_CREAT | kAlways, kNewFileMode));
+    const int refused = errno;
+    if (!fd) fd = UniqueFd(open(lockPath.c_str(), O_RDONLY | kAlways));  // another user's
     if (!fd) {
-        lastProblem = lockPath + ": cannot be created: " + ErrorText(errno);
+        lastProblem = lockPath + ": cannot be created: " + ErrorText(refused);
         return fd;
     }
     Clock& clock = SystemClock();
@@ -141,7 +145,7 @@ bool ReplaceFile(const std::string& path, std::string_view contents)
     const bool existed = stat(path.c_str(), &old) == 0;
     // Only the superuser can give a file away; for others the owner is right already.
     if (existed && fchown(fd.Get(), old.st_uid, old.st_gid) != 0) errno = 0;
-    const bool done = fchmod(fd.Get(), existed ? old.st_mode & 07777 : kNewFileMode) == 0 &&
+    const bool done = fchmod(fd.Get(), existed ? old.st_mode & 0777 : kNewFileMode) == 0 &&
                       WriteAll(fd.Get(), contents) && fsync(fd.Get()) == 0 &&
                       rename(temporary.c_str(), path.c_str()) == 0;
     if (!done) {
@@ -152,13 +156,6 @@ bool ReplaceFile(const std::string& path, std::string_view contents)
     const UniqueFd folder(open(FolderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (folder) fsync(folder.Get());
     return true;
-}
-
-// A registry file may be a link to the real one, which is what must be replaced.
-std::string Resolved(const std::string& path)
-{
-    const std::unique_ptr<char, decltype(&free)> real(realpath(path.c_str(), nullptr), &free);
-    return real ? real.get() : path;
 }
 
 std::string FullPath(std::string_view path)
@@ -312,7 +309,8 @@ private:
     static bool Change(const std::function<Outcome(RegDocument&)>& edit)
     {
         lastProblem.clear();
-        const std::string path = Resolved(RegistryFilePath());
+        // The file may be a link to the real one, which is what must be replaced.
+        const std::string path = ResolvedPath(RegistryFilePath());
         if (!MakeFolders(FolderOf(path))) {
             lastProblem = FolderOf(path) + ": cannot be created: " + ErrorText(errno);
             return false;

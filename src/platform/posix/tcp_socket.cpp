@@ -33,6 +33,8 @@ public:
         if (descriptor_ >= 0) close(descriptor_);
     }
 
+    void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
+
     bool Create() override
     {
         if (descriptor_ >= 0) close(descriptor_);
@@ -62,30 +64,32 @@ public:
     {
         pollfd item{descriptor_, POLLRDHUP, 0};
         if (poll(&item, 1, 0) > 0 && (item.revents & (POLLRDHUP | POLLHUP)) != 0) return Failed(EPIPE);
-        const Deadline deadline(sendTimeout_);
+        TransferLimit limit(sendTimeout_, *stop_);
         std::size_t count = 0;
         while (count < bytes.size()) {
             const ssize_t sent = send(descriptor_, bytes.data() + count, bytes.size() - count, MSG_NOSIGNAL);
             if (sent >= 0) {
                 count += static_cast<std::size_t>(sent);
+                limit.Progress();
                 continue;
             }
-            if (MayGoOn(errno, POLLOUT, deadline)) continue;
+            const TcpStatus status = WaitAfter(errno, POLLOUT, limit);
+            if (status == TcpStatus::kOk) continue;
             // What has gone is told now; the next call finds the failure again.
             if (count > 0) break;
-            return Failed(static_cast<int>(lastError_));
+            return {status, 0};
         }
         return {TcpStatus::kOk, count};
     }
 
     TcpTransfer Receive(std::span<std::byte> buffer) override
     {
-        const Deadline deadline(receiveTimeout_);
-        for (;;) {
-            const ssize_t got = recv(descriptor_, buffer.data(), buffer.size(), 0);
-            if (got >= 0) return {TcpStatus::kOk, static_cast<std::size_t>(got)};
-            if (!MayGoOn(errno, POLLIN, deadline)) return Failed(static_cast<int>(lastError_));
-        }
+        return ReceiveWithin(buffer, TransferLimit(receiveTimeout_, *stop_));
+    }
+
+    TcpTransfer ReceiveUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) override
+    {
+        return ReceiveWithin(buffer, TransferLimit(milliseconds, *stop_, TransferLimit::AtStop::kEnd));
     }
 
     void DiscardInput() override
@@ -118,7 +122,7 @@ private:
         server.sin_addr.s_addr = htonl(address);
         if (connect(descriptor_, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0) return 0;
         if (errno != EINPROGRESS && errno != EINTR) return errno;
-        switch (PollUntil(descriptor_, POLLOUT, Deadline(timeoutMilliseconds))) {
+        switch (PollUntil(descriptor_, POLLOUT, TransferLimit(timeoutMilliseconds, *stop_))) {
             case PollResult::kTimedOut:
                 return ETIMEDOUT;
             case PollResult::kFailed:
@@ -132,21 +136,26 @@ private:
         return error;
     }
 
-    // Whether a transfer that has ended with this error is to be tried again: a signal came, or the socket was not
-    // ready and has become so in time. The limits of the socket itself would begin anew with every signal.
-    bool MayGoOn(int error, short events, const Deadline& deadline)
+    TcpTransfer ReceiveWithin(std::span<std::byte> buffer, const TransferLimit& limit)
     {
-        if (error != EINTR && error != EAGAIN) return Fail(error);
-        if (deadline.Remaining() == 0) return Fail(ETIMEDOUT);
-        switch (PollUntil(descriptor_, events, deadline)) {
-            case PollResult::kTimedOut:
-                return Fail(ETIMEDOUT);
-            case PollResult::kFailed:
-                return Fail(errno);
-            case PollResult::kReady:
-                break;
+        for (;;) {
+            const ssize_t got = recv(descriptor_, buffer.data(), buffer.size(), 0);
+            if (got >= 0) return {TcpStatus::kOk, static_cast<std::size_t>(got)};
+            const TcpStatus status = WaitAfter(errno, POLLIN, limit);
+            if (status != TcpStatus::kOk) return {status, 0};
         }
-        return true;
+    }
+
+    // Ok when a transfer that has ended with this error is to be tried again: a signal came, or the socket was not
+    // ready and has become so in time. The limits of the socket itself would begin anew with every signal.
+    TcpStatus WaitAfter(int error, short events, const TransferLimit& limit)
+    {
+        if (error != EINTR && error != EAGAIN) return Failed(error).status;
+        const PollResult waited = limit.IsOver() ? PollResult::kTimedOut : PollUntil(descriptor_, events, limit);
+        if (waited == PollResult::kReady) return TcpStatus::kOk;
+        if (waited == PollResult::kFailed) return Failed(errno).status;
+        Fail(ETIMEDOUT);
+        return TcpStatus::kTimedOut;
     }
 
     bool SetTimeout(uint32_t& timeout, uint32_t milliseconds)
@@ -168,6 +177,7 @@ private:
         return {IsAborted(error) ? TcpStatus::kAborted : TcpStatus::kFailed, 0};
     }
 
+    const StopSignal* stop_ = &kNeverStopped;
     int descriptor_ = -1;
     uint32_t sendTimeout_ = kLongestWait;
     uint32_t receiveTimeout_ = kLongestWait;

@@ -1,5 +1,6 @@
 // Threads: what belongs to each while it lives, and what happens when it ends.
 
+#include <atomic>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -84,6 +85,13 @@ private:
 ThreadState& CurrentThread()
 {
     return currentThread != nullptr ? *currentThread : MakeCurrentThread();
+}
+
+ThreadId CurrentThreadId()
+{
+    static std::atomic<ThreadId> threads{0};
+    thread_local const ThreadId id = ++threads;
+    return id;
 }
 
 std::unique_ptr<Thread> Thread::Start(std::function<void()> body)

@@ -23,6 +23,7 @@ public:
     }
 
     int Get() const { return fd_; }
+    int Release() { return std::exchange(fd_, -1); }  // to a new owner
     explicit operator bool() const { return fd_ >= 0; }
     void Reset()
     {

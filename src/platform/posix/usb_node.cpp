@@ -11,7 +11,6 @@
 #include <map>
 #include <utility>
 
-#include "platform/deadline.h"
 #include "platform/posix/poll_wait.h"
 
 namespace marbex::platform {
@@ -132,18 +131,17 @@ std::shared_ptr<UniqueFd> UsbNode::Descriptor()
     return descriptor_;
 }
 
-UsbTransfer UsbNode::Write(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error)
+UsbTransfer UsbNode::Write(std::span<const std::byte> bytes, TransferLimit limit, uint32_t& error)
 {
-    const UsbTransfer written = WriteWithin(bytes, timeoutMilliseconds, error);
+    const UsbTransfer written = WriteWithin(bytes, limit, error);
     writePending_ = written.status == UsbStatus::kTimedOut;
     return written;
 }
 
-UsbTransfer UsbNode::WriteWithin(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error)
+UsbTransfer UsbNode::WriteWithin(std::span<const std::byte> bytes, TransferLimit& limit, uint32_t& error)
 {
     const auto descriptor = Descriptor();
     if (!*descriptor) return Failed(ENODEV, error);
-    const Deadline deadline(timeoutMilliseconds);
     std::size_t count = 0;
     while (count < bytes.size()) {
         const auto rest = bytes.subspan(count);
@@ -151,35 +149,35 @@ UsbTransfer UsbNode::WriteWithin(std::span<const std::byte> bytes, uint32_t time
                                                    : write(descriptor->Get(), rest.data(), rest.size());
         if (put > 0) {
             count += static_cast<std::size_t>(put);
+            limit.Progress();
             continue;
         }
         if (put < 0 && errno == EINTR) continue;
         if (put < 0 && errno != EAGAIN) return Failed(errno, error);
-        if (deadline.Remaining() == 0) return NotReady(PollResult::kTimedOut, count, error);
-        const PollResult waited = PollUntil(descriptor->Get(), POLLOUT, deadline);
+        if (limit.IsOver()) return NotReady(PollResult::kTimedOut, count, error);
+        const PollResult waited = PollUntil(descriptor->Get(), POLLOUT, limit);
         if (waited != PollResult::kReady) return NotReady(waited, count, error);
     }
     if (kind_ != Kind::kPrinterDevice) return {UsbStatus::kDone, count};
     // The printer device takes the bytes before the printer does, and is ready for more once the printer has them.
-    const PollResult waited = PollUntil(descriptor->Get(), POLLOUT, deadline);
+    const PollResult waited = PollUntil(descriptor->Get(), POLLOUT, limit);
     if (waited != PollResult::kReady) return NotReady(waited, count, error);
     return HasHungUp(descriptor->Get()) ? Failed(ENODEV, error) : UsbTransfer{UsbStatus::kDone, count};
 }
 
-UsbTransfer UsbNode::Read(std::span<std::byte> buffer, uint32_t timeoutMilliseconds, uint32_t& error)
+UsbTransfer UsbNode::Read(std::span<std::byte> buffer, const TransferLimit& limit, uint32_t& error)
 {
     const auto descriptor = Descriptor();
     if (!*descriptor) return Failed(ENODEV, error);
-    const Deadline deadline(timeoutMilliseconds);
     for (;;) {
-        const PollResult waited = PollUntil(descriptor->Get(), POLLIN, deadline);
+        const PollResult waited = PollUntil(descriptor->Get(), POLLIN, limit);
         if (waited != PollResult::kReady) return NotReady(waited, 0, error);
         const ssize_t got = read(descriptor->Get(), buffer.data(), buffer.size());
         // On a socket no bytes are its end; on the printer device they are an answer without content.
         if (got == 0 && kind_ != Kind::kPrinterDevice) return Failed(EPIPE, error);
         if (got >= 0) return {UsbStatus::kDone, static_cast<std::size_t>(got)};
         if (errno != EAGAIN && errno != EINTR) return Failed(errno, error);
-        if (deadline.Remaining() == 0) return NotReady(PollResult::kTimedOut, 0, error);
+        if (limit.IsOver()) return NotReady(PollResult::kTimedOut, 0, error);
     }
 }
 
@@ -194,7 +192,7 @@ bool UsbNode::CancelWrite(uint32_t& error)
         error = static_cast<uint32_t>(errno);
         return false;
     }
-    if (PollUntil(descriptor->Get(), POLLOUT, Deadline(0)) == PollResult::kReady) return true;
+    if (PollUntil(descriptor->Get(), POLLOUT, TransferLimit(0, kNeverStopped)) == PollResult::kReady) return true;
     descriptor.reset();
     // The printer device ends a transfer only when it is closed. One that cannot be opened again counts as gone.
     const LockHold hold(lock_);

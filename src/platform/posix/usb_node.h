@@ -6,6 +6,7 @@
 
 #include "platform/lock.h"
 #include "platform/posix/unique_fd.h"
+#include "platform/transfer_limit.h"
 #include "platform/usb.h"
 
 namespace marbex::platform {
@@ -19,8 +20,8 @@ public:
     // Whether Open would find something; a socket is not connected to, for the printer would take that for a caller.
     static bool IsUsable(const std::string& path);
 
-    UsbTransfer Write(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error);
-    UsbTransfer Read(std::span<std::byte> buffer, uint32_t timeoutMilliseconds, uint32_t& error);
+    UsbTransfer Write(std::span<const std::byte> bytes, TransferLimit limit, uint32_t& error);
+    UsbTransfer Read(std::span<std::byte> buffer, const TransferLimit& limit, uint32_t& error);
     // Ends a write that is still on its way.
     bool CancelWrite(uint32_t& error);
 
@@ -29,7 +30,7 @@ private:
 
     UsbNode(std::string path, Kind kind, UniqueFd descriptor);
     static UniqueFd OpenFile(const std::string& path, Kind& kind);
-    UsbTransfer WriteWithin(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds, uint32_t& error);
+    UsbTransfer WriteWithin(std::span<const std::byte> bytes, TransferLimit& limit, uint32_t& error);
     UsbTransfer Failed(int code, uint32_t& error);
     std::shared_ptr<UniqueFd> Descriptor();
 

@@ -108,16 +108,22 @@ public:
     {
     }
 
+    void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
+
     UsbTransfer Write(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds) override
     {
         if (direction_ != UsbSystem::Direction::kWrite) return WrongDirection();
-        return node_->Write(bytes, timeoutMilliseconds, lastError_);
+        return node_->Write(bytes, TransferLimit(timeoutMilliseconds, *stop_), lastError_);
     }
 
     UsbTransfer Read(std::span<std::byte> buffer, uint32_t timeoutMilliseconds) override
     {
-        if (direction_ != UsbSystem::Direction::kRead) return WrongDirection();
-        return node_->Read(buffer, timeoutMilliseconds, lastError_);
+        return ReadWithin(buffer, TransferLimit(timeoutMilliseconds, *stop_));
+    }
+
+    UsbTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t timeoutMilliseconds) override
+    {
+        return ReadWithin(buffer, TransferLimit(timeoutMilliseconds, *stop_, TransferLimit::AtStop::kEnd));
     }
 
     // A read leaves nothing behind that would have to be ended.
@@ -133,6 +139,11 @@ public:
     uint32_t LastError() const override { return lastError_; }
 
 private:
+    UsbTransfer ReadWithin(std::span<std::byte> buffer, const TransferLimit& limit)
+    {
+        return direction_ == UsbSystem::Direction::kRead ? node_->Read(buffer, limit, lastError_) : WrongDirection();
+    }
+
     UsbTransfer WrongDirection()
     {
         lastError_ = EACCES;
@@ -141,6 +152,7 @@ private:
 
     std::shared_ptr<UsbNode> node_;
     const UsbSystem::Direction direction_;
+    const StopSignal* stop_ = &kNeverStopped;
     uint32_t lastError_ = 0;
 };
 

@@ -45,6 +45,11 @@ Clock& SystemClock()
     return clock;
 }
 
+std::chrono::steady_clock::time_point MonotonicNow()
+{
+    return std::chrono::steady_clock::now();
+}
+
 LocalTime Now()
 {
     SYSTEMTIME now;

@@ -7,6 +7,7 @@
 
 #include "platform/code_page.h"
 #include "platform/lock.h"
+#include "platform/unicode.h"
 
 namespace marbex::platform {
 
@@ -33,6 +34,17 @@ bool IsDefined(uint32_t number, unsigned byte, char16_t unit)
     return !IsPrivate(unit) && (iso8859 || unit != byte || unit < 0x80 || unit > 0x9F);
 }
 
+// Whether byte begins a longer character. Windows tells the ranges of the double-byte pages only; of the others that it
+// has, GB18030, these are the bytes.
+bool IsLead(const CPINFO& info, unsigned byte)
+{
+    if (info.MaxCharSize > 2) return byte >= 0x81 && byte <= 0xFE;
+    for (unsigned i = 0; i + 1 < MAX_LEADBYTES && info.LeadByte[i] != 0; i += 2) {
+        if (byte >= info.LeadByte[i] && byte <= info.LeadByte[i + 1]) return true;
+    }
+    return false;
+}
+
 // One character after the other by the functions of the system, which need no lock.
 class WindowsConverter final : public CharacterConverter {
 public:
@@ -54,12 +66,7 @@ public:
     std::size_t Encode(char32_t character, char (&room)[kLongestCharacter]) override
     {
         std::u16string text;
-        if (character < 0x10000) {
-            text += static_cast<char16_t>(character);
-        } else {
-            text += static_cast<char16_t>(0xD7C0 + (character >> 10));
-            text += static_cast<char16_t>(0xDC00 + (character & 0x3FF));
-        }
+        AppendUtf16(text, character);
         wchar_t wide[2];
         std::copy(text.begin(), text.end(), wide);
         // GB18030 holds every character, and knows neither substitutes nor the flag against them.
@@ -68,17 +75,10 @@ public:
         const int made =
             WideCharToMultiByte(number_, substitutes ? WC_NO_BEST_FIT_CHARS : 0, wide, static_cast<int>(text.size()),
                                 room, sizeof room, nullptr, substitutes ? &substituted : nullptr);
-        if (made <= 0 || substituted) return 0;
-        return ComesBack({room, static_cast<std::size_t>(made)}, text) ? static_cast<std::size_t>(made) : 0;
+        return made <= 0 || substituted ? 0 : static_cast<std::size_t>(made);
     }
 
 private:
-    bool ComesBack(std::string_view bytes, std::u16string_view text)
-    {
-        std::u16string back;
-        return Decode(bytes, back) == Decoded::kCharacter && back == text;
-    }
-
     const uint32_t number_;
     const unsigned longest_;
 };
@@ -91,16 +91,15 @@ std::unique_ptr<CodePage> MakePage(uint32_t number)
     // Longer ones are the pages with shift states (ISO 2022, HZ, UTF-7): no character of theirs stands alone.
     if (!IsValidCodePage(number) || !GetCPInfo(number, &info) || info.MaxCharSize > kLongestCharacter) return nullptr;
 
-    const bool singleByte = info.MaxCharSize == 1;
     char16_t single[256];
     for (unsigned value = 0; value < 256; ++value) {
         const auto byte = static_cast<char>(value);
         wchar_t unit = 0;
         const bool made = MultiByteToWideChar(number, MB_ERR_INVALID_CHARS, &byte, 1, &unit, 1) == 1;
-        const bool defined = made && (!singleByte || IsDefined(number, value, UnitOf(unit)));
-        single[value] = defined ? UnitOf(unit) : kUndefinedUnit;
+        const bool defined = made && IsDefined(number, value, UnitOf(unit));
+        single[value] = defined ? UnitOf(unit) : IsLead(info, value) ? kLeadUnit : kUndefinedUnit;
     }
-    if (singleByte) return MakeSingleBytePage(single);
+    if (info.MaxCharSize == 1) return MakeSingleBytePage(single);
     return MakeMultiBytePage(std::make_unique<WindowsConverter>(number, info.MaxCharSize), single);
 }
 

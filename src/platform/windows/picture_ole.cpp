@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <span>
+#include <utility>
 
 #include "platform/picture.h"
 #include "platform/windows/bitmap_canvas.h"
@@ -61,6 +63,7 @@ struct PictureSize {
     LONG height = 0;
     LONG himetricWidth = 0;
     LONG himetricHeight = 0;
+    bool hasPixels = false;  // of its own, unlike a drawing
 };
 
 std::optional<PictureSize> SizeOf(IPicture& picture)
@@ -70,6 +73,7 @@ std::optional<PictureSize> SizeOf(IPicture& picture)
     if (FAILED(picture.get_Width(&size.himetricWidth)) || FAILED(picture.get_Height(&size.himetricHeight)) ||
         FAILED(picture.get_Type(&type)))
         return std::nullopt;
+    size.hasPixels = type == PICTYPE_BITMAP || type == PICTYPE_ICON;
     if (type != PICTYPE_BITMAP) {
         size.width = MulDiv(size.himetricWidth, kDotsPerInch, kHimetricPerInch);
         size.height = MulDiv(size.himetricHeight, kDotsPerInch, kHimetricPerInch);
@@ -86,46 +90,90 @@ std::optional<PictureSize> SizeOf(IPicture& picture)
     return size;
 }
 
-bool Render(IPicture& picture, const PictureSize& size, const BitmapCanvas& canvas)
+struct Band {
+    uint32_t width;   // of the whole
+    uint32_t height;  // of the whole
+    uint32_t firstRow;
+    uint32_t rows;
+};
+
+// Draws a band of the picture over white; false when the system cannot.
+bool Render(IPicture& picture, const PictureSize& size, const Band& band, const BitmapCanvas& canvas)
 {
     const UniqueDc dc(CreateCompatibleDC(nullptr));
-    if (dc == nullptr) throw std::bad_alloc();
+    if (dc == nullptr) return false;
+    const auto width = static_cast<LONG>(band.width);
+    const auto height = static_cast<LONG>(band.height);
+    const LONG top = -static_cast<LONG>(band.firstRow);
     const HGDIOBJ before = SelectObject(dc.get(), canvas.Bitmap());
-    PatBlt(dc.get(), 0, 0, size.width, size.height, WHITENESS);
+    PatBlt(dc.get(), 0, 0, width, static_cast<LONG>(band.rows), WHITENESS);
     // A picture that is drawn larger or smaller than it is, as metafiles are, keeps its thin lines in this mode.
     SetStretchBltMode(dc.get(), HALFTONE);
-    SetBrushOrgEx(dc.get(), 0, 0, nullptr);
+    SetBrushOrgEx(dc.get(), 0, top, nullptr);
     // The source is measured from the bottom up.
-    const HRESULT result = picture.Render(dc.get(), 0, 0, size.width, size.height, 0, size.himetricHeight,
-                                          size.himetricWidth, -size.himetricHeight, nullptr);
+    const HRESULT result = picture.Render(dc.get(), 0, top, width, height, 0, size.himetricHeight, size.himetricWidth,
+                                          -size.himetricHeight, nullptr);
     GdiFlush();
     SelectObject(dc.get(), before);
     return SUCCEEDED(result);
 }
 
+// The highest byte of a pixel is whatever the drawing left there.
+void CopyColors(const BitmapCanvas& canvas, std::size_t count, uint32_t* pixels)
+{
+    std::transform(canvas.Pixels(), canvas.Pixels() + count, pixels, [](uint32_t pixel) { return pixel & 0xFFFFFF; });
+}
+
+class SystemPicture final : public Picture {
+public:
+    SystemPicture(ComPointer<IPicture> loaded, const PictureSize& size) : loaded_(std::move(loaded)), size_(size) {}
+
+    uint32_t Width() const override { return static_cast<uint32_t>(size_.width); }
+    uint32_t Height() const override { return static_cast<uint32_t>(size_.height); }
+
+    bool Draw(uint32_t width, uint32_t height, uint32_t firstRow, uint32_t rows,
+              std::span<uint32_t> pixels) const override
+    {
+        const ComScope com;
+        const BitmapCanvas canvas(width, rows);
+        if (canvas.Pixels() == nullptr || !Render(*loaded_, size_, {width, height, firstRow, rows}, canvas))
+            return false;
+        CopyColors(canvas, std::size_t{width} * rows, pixels.data());
+        return true;
+    }
+
+private:
+    const ComPointer<IPicture> loaded_;
+    const PictureSize size_;
+};
+
 }  // namespace
 
-std::optional<PixelBuffer> DecodeByOle(std::string_view file)
+std::unique_ptr<Picture> MakePicture(ComPointer<IPicture> loaded)
 {
-    ComPointer<IPicture> picture = Load(file);
-    const auto size = picture ? SizeOf(*picture) : std::nullopt;
-    if (!size || size->width < 1 || size->height < 1) return std::nullopt;
+    const auto size = SizeOf(*loaded);
+    if (!size || size->width < 1 || size->height < 1) return nullptr;
     const auto width = static_cast<uint32_t>(size->width);
     const auto height = static_cast<uint32_t>(size->height);
     if (width > kMaxPictureSide || height > kMaxPictureSide || uint64_t{width} * height > kMaxPicturePixels)
-        return std::nullopt;
+        return nullptr;
+    if (!size->hasPixels) return std::make_unique<SystemPicture>(std::move(loaded), *size);
+
     const BitmapCanvas canvas(width, height);
     if (canvas.Pixels() == nullptr) throw std::bad_alloc();
-    if (!Render(*picture, *size, canvas)) return std::nullopt;
+    if (!Render(*loaded, *size, {width, height, 0, height}, canvas))
+        return std::make_unique<SystemPicture>(std::move(loaded), *size);
     // The system's copy goes before ours comes: each may have a quarter of a gigabyte.
-    picture.reset();
+    loaded.reset();
     std::optional<PixelBuffer> buffer = AllocatePixels(width, height);
-    if (!buffer) return std::nullopt;
-    const std::size_t count = std::size_t{width} * height;
-    // The highest byte of a pixel is whatever the drawing left there.
-    std::transform(canvas.Pixels(), canvas.Pixels() + count, buffer->pixels.get(),
-                   [](uint32_t pixel) { return pixel & 0xFFFFFF; });
-    return buffer;
+    if (buffer) CopyColors(canvas, std::size_t{width} * height, buffer->pixels.get());
+    return MakePicture(std::move(buffer));
+}
+
+std::unique_ptr<Picture> DecodeByOle(std::string_view file)
+{
+    ComPointer<IPicture> loaded = Load(file);
+    return loaded ? MakePicture(std::move(loaded)) : nullptr;
 }
 
 }  // namespace marbex::platform

@@ -1,3 +1,7 @@
+// A serial port, opened for overlapped transfers: so a transfer can be given up, whoever began it, and be watched while
+// it is under way. To the caller they are synchronous. The port's own time-outs end them; ours come later and are for
+// drivers that forget theirs.
+
 #include "platform/windows/serial_line.h"
 
 #include <windows.h>
@@ -5,8 +9,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/deadline.h"
+#include "platform/transfer_limit.h"
 #include "platform/windows/device_errors.h"
+#include "platform/windows/overlapped_transfer.h"
 #include "platform/windows/unique_handle.h"
 
 namespace marbex::platform {
@@ -14,6 +19,13 @@ namespace marbex::platform {
 namespace {
 
 constexpr uint32_t kLongestTimeout = 0x7FFFFFFF;  // ms; MAXDWORD has meanings of its own
+
+// How much later than the driver's limit ours comes. A read that is only to take what is there ends at once, and Wine
+// forgets that.
+constexpr uint32_t OurLimit(uint32_t drivers)
+{
+    return drivers + (drivers == 0 ? 50 : 1000);  // ms
+}
 constexpr uint8_t kUsualXon = 0x11;
 constexpr uint8_t kUsualXoff = 0x13;
 
@@ -103,9 +115,9 @@ void ToDcb(const LineSettings& settings, DCB& dcb)
     }
 }
 
-uint64_t TotalTimeout(uint32_t constant, uint32_t multiplier, std::size_t count)
+uint32_t TotalTimeout(uint32_t constant, uint32_t multiplier, std::size_t count)
 {
-    return std::min<uint64_t>(constant + static_cast<uint64_t>(multiplier) * count, kLongestTimeout);
+    return static_cast<uint32_t>(std::min<uint64_t>(constant + uint64_t{multiplier} * count, kLongestTimeout));
 }
 
 COMMTIMEOUTS ToCommTimeouts(const SerialTimeouts& timeouts)
@@ -133,6 +145,8 @@ public:
     WindowsSerialLine& operator=(const WindowsSerialLine&) = delete;
     ~WindowsSerialLine() override { Release(); }
 
+    void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
+
     std::optional<LineSettings> Settings() override
     {
         DCB dcb{};
@@ -153,8 +167,7 @@ public:
 
     bool Apply(const SerialTimeouts& timeouts) override
     {
-        COMMTIMEOUTS native = ToCommTimeouts(timeouts);
-        if (SetCommTimeouts(handle_.Get(), &native) == FALSE) return Fail(GetLastError());
+        if (!SetTimeouts(timeouts)) return false;
         timeouts_ = timeouts;
         return true;
     }
@@ -172,24 +185,41 @@ public:
 
     SerialTransfer Read(std::span<std::byte> buffer) override
     {
-        DWORD count = 0;
-        if (ReadFile(handle_.Get(), buffer.data(), Clamped(buffer.size()), &count, nullptr) == FALSE &&
-            !IsTimeout(GetLastError()))
-            return FailedTransfer(GetLastError());
-        return {true, count};
+        const uint32_t total = TotalTimeout(timeouts_.readConstant, timeouts_.readMultiplier, buffer.size());
+        return ReadWithin(buffer, TransferLimit(OurLimit(total), *stop_));
+    }
+
+    SerialTransfer ReadUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) override
+    {
+        SerialTimeouts timeouts = timeouts_;
+        timeouts.readMultiplier = 0;
+        timeouts.readConstant = milliseconds;
+        if (!SetTimeouts(timeouts)) return FailedTransfer(lastError_);
+        const TransferLimit limit(OurLimit(milliseconds), *stop_, TransferLimit::AtStop::kEnd);
+        const SerialTransfer got = ReadWithin(buffer, limit);
+        SetTimeouts(timeouts_);
+        return got;
     }
 
     SerialTransfer Write(std::span<const std::byte> bytes) override
     {
-        const auto limit = TotalTimeout(timeouts_.writeConstant, timeouts_.writeMultiplier, bytes.size());
-        const Deadline deadline(static_cast<uint32_t>(limit));
-        DWORD count = 0;
-        if (WriteFile(handle_.Get(), bytes.data(), Clamped(bytes.size()), &count, nullptr) == FALSE &&
-            !IsTimeout(GetLastError()))
-            return FailedTransfer(GetLastError());
-        const auto unsent = WaitUntilSent(deadline);
+        const uint32_t total = TotalTimeout(timeouts_.writeConstant, timeouts_.writeMultiplier, bytes.size());
+        auto transfer = OverlappedTransfer::New();
+        if (transfer == nullptr) return FailedTransfer(GetLastError());
+        transfer->bytes.assign(bytes.begin(), bytes.end());
+        TransferLimit sending(total, *stop_);
+        TransferLimit taking(OurLimit(total), *stop_);
+        if (!transfer->Write(handle_.Get())) return NotStarted(GetLastError());
+        DWORD before = 0;
+        const DWORD waited = transfer->WaitWithin(taking, [&] {
+            if (stop_->IsSet() && HasShrunk(QueuedOutput().value_or(0), before)) taking.Progress();
+        });
+        const SerialTransfer taken = Finish(std::move(transfer), waited);
+        if (!taken.ok) return taken;
+        if (taken.count > 0) sending.Progress();
+        const auto unsent = WaitUntilSent(sending);
         if (!unsent) return FailedTransfer(GetLastError());
-        return {true, count - std::min<std::size_t>(count, *unsent)};
+        return {true, taken.count - std::min<std::size_t>(taken.count, *unsent)};
     }
 
     bool Close() override
@@ -202,7 +232,49 @@ public:
     uint32_t LastError() const override { return lastError_; }
 
 private:
-    static DWORD Clamped(std::size_t size) { return static_cast<DWORD>(std::min<std::size_t>(size, 0x7FFFFFFF)); }
+    bool SetTimeouts(const SerialTimeouts& timeouts)
+    {
+        COMMTIMEOUTS native = ToCommTimeouts(timeouts);
+        return SetCommTimeouts(handle_.Get(), &native) != FALSE || Fail(GetLastError());
+    }
+
+    SerialTransfer ReadWithin(std::span<std::byte> buffer, TransferLimit limit)
+    {
+        auto transfer = OverlappedTransfer::New();
+        if (transfer == nullptr) return FailedTransfer(GetLastError());
+        transfer->bytes.resize(buffer.size());
+        if (!transfer->Read(handle_.Get())) return NotStarted(GetLastError());
+        const DWORD waited = transfer->WaitWithin(limit);
+        return Finish(std::move(transfer), waited, buffer);
+    }
+
+    SerialTransfer NotStarted(DWORD error)
+    {
+        return IsTimeout(error) ? SerialTransfer{true, 0} : FailedTransfer(error);
+    }
+
+    // The outcome of a transfer that has ended, or is given up now; what it has received is put into received.
+    SerialTransfer Finish(std::unique_ptr<OverlappedTransfer> transfer, DWORD waited,
+                          std::span<std::byte> received = {})
+    {
+        DWORD error = 0;
+        if (waited != WAIT_OBJECT_0 && !transfer->Cancel(handle_.Get(), error)) {
+            static_cast<void>(transfer.release());
+            Fail(error);
+            return {false, 0};
+        }
+        DWORD count = 0;
+        if (GetOverlappedResult(handle_.Get(), &transfer->overlapped, &count, FALSE) == FALSE) {
+            error = GetLastError();
+            const bool givenUp = waited != WAIT_OBJECT_0 && error == ERROR_OPERATION_ABORTED;
+            if (!givenUp && !IsTimeout(error)) return FailedTransfer(error);
+            count = static_cast<DWORD>(transfer->overlapped.InternalHigh);
+        }
+        std::copy_n(transfer->bytes.begin(), std::min<std::size_t>(count, received.size()), received.begin());
+        return {true, count};
+    }
+
+    static bool HasShrunk(DWORD queued, DWORD& before) { return queued < std::exchange(before, queued); }
 
     bool ReadState(DCB& dcb)
     {
@@ -228,12 +300,13 @@ private:
 
     // A driver, an adapter's above all, takes bytes before the line has carried them. Waits until they are out or the
     // time is over; returns how many are not, nothing when the device is gone.
-    std::optional<DWORD> WaitUntilSent(const Deadline& deadline) const
+    std::optional<DWORD> WaitUntilSent(TransferLimit& limit) const
     {
-        for (;;) {
+        for (DWORD before = 0;;) {
             const auto queued = QueuedOutput();
             if (!queued || *queued == 0) return queued;
-            const uint32_t left = deadline.Remaining();
+            if (HasShrunk(*queued, before)) limit.Progress();
+            const uint32_t left = limit.Remaining();
             if (left == 0) return queued;
             const uint32_t baudRate = applied_ ? std::max<uint32_t>(applied_->baudRate, 1) : 9600;
             const auto estimate = static_cast<uint32_t>(uint64_t{*queued} * 10 * 1000 / baudRate);
@@ -263,6 +336,7 @@ private:
     }
 
     UniqueHandle handle_;
+    const StopSignal* stop_ = &kNeverStopped;
     std::optional<LineSettings> applied_;
     SerialTimeouts timeouts_;
     bool gone_ = false;
@@ -274,7 +348,7 @@ private:
 std::unique_ptr<SerialLine> OpenSerialLine(const std::string& path, uint32_t& error)
 {
     UniqueHandle handle(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                    FILE_FLAG_WRITE_THROUGH | FILE_FLAG_NO_BUFFERING, nullptr));
+                                    FILE_FLAG_WRITE_THROUGH | FILE_FLAG_NO_BUFFERING | FILE_FLAG_OVERLAPPED, nullptr));
     if (!handle) {
         error = GetLastError();
         return nullptr;

@@ -17,8 +17,8 @@
 #include <array>
 #include <atomic>
 
-#include "platform/deadline.h"
 #include "platform/tcp.h"
+#include "platform/transfer_limit.h"
 
 namespace marbex::platform {
 
@@ -54,6 +54,8 @@ public:
     WindowsTcpSocket& operator=(const WindowsTcpSocket&) = delete;
     ~WindowsTcpSocket() override { Release(); }
 
+    void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
+
     bool Create() override
     {
         Release();
@@ -87,7 +89,7 @@ public:
         if (connect(socket_, reinterpret_cast<const sockaddr*>(&server), sizeof server) == 0) return true;
         const int error = WSAGetLastError();
         if (error != WSAEWOULDBLOCK) return Fail(error);
-        if (!WaitFor(Readiness::kConnected, Deadline(timeoutMilliseconds))) return false;
+        if (WaitFor(Readiness::kConnected, TransferLimit(timeoutMilliseconds, *stop_)) != TcpStatus::kOk) return false;
         int outcome = 0;
         int size = sizeof outcome;
         if (getsockopt(socket_, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&outcome), &size) != 0)
@@ -101,37 +103,33 @@ public:
     TcpTransfer Send(std::span<const std::byte> bytes) override
     {
         if (HasEnded()) return Failed(WSAECONNABORTED);
-        const Deadline deadline(sendTimeout_);
+        TransferLimit limit(sendTimeout_, *stop_);
         std::size_t count = 0;
         while (count < bytes.size()) {
             const auto rest = bytes.subspan(count);
             const int sent = send(socket_, reinterpret_cast<const char*>(rest.data()), ClampedSize(rest.size()), 0);
             if (sent >= 0) {
                 count += static_cast<std::size_t>(sent);
+                limit.Progress();
                 continue;
             }
-            const int error = WSAGetLastError();
-            if (error == WSAEWOULDBLOCK && WaitFor(Readiness::kWrite, deadline)) continue;
-            if (error != WSAEWOULDBLOCK) Fail(error);
+            const TcpStatus status = WaitAfter(WSAGetLastError(), Readiness::kWrite, limit);
+            if (status == TcpStatus::kOk) continue;
             // What has gone is told now; the next call finds the failure again.
             if (count > 0) break;
-            return Failed(static_cast<int>(lastError_));
+            return {status, 0};
         }
         return {TcpStatus::kOk, count};
     }
 
     TcpTransfer Receive(std::span<std::byte> buffer) override
     {
-        const Deadline deadline(receiveTimeout_);
-        for (;;) {
-            const int got = recv(socket_, reinterpret_cast<char*>(buffer.data()), ClampedSize(buffer.size()), 0);
-            // Wine, unlike Windows, tells of a reset only when it is polled and receives an end in good order.
-            if (got == 0 && (PollNow() & POLLERR) != 0) return Failed(WSAECONNRESET);
-            if (got >= 0) return {TcpStatus::kOk, static_cast<std::size_t>(got)};
-            const int error = WSAGetLastError();
-            if (error != WSAEWOULDBLOCK) return Failed(error);
-            if (!WaitFor(Readiness::kRead, deadline)) return Failed(static_cast<int>(lastError_));
-        }
+        return ReceiveWithin(buffer, TransferLimit(receiveTimeout_, *stop_));
+    }
+
+    TcpTransfer ReceiveUntilStopped(std::span<std::byte> buffer, uint32_t milliseconds) override
+    {
+        return ReceiveWithin(buffer, TransferLimit(milliseconds, *stop_, TransferLimit::AtStop::kEnd));
     }
 
     void DiscardInput() override
@@ -159,21 +157,42 @@ public:
 private:
     enum class Readiness { kRead, kWrite, kConnected };
 
-    // False, with the error told, when the deadline comes first. A connection that cannot be made shows in the set of
-    // exceptions; WSAPoll did not show it at all before Windows 10 version 2004.
-    bool WaitFor(Readiness readiness, const Deadline& deadline)
+    TcpTransfer ReceiveWithin(std::span<std::byte> buffer, const TransferLimit& limit)
     {
         for (;;) {
-            const uint32_t left = std::min(deadline.Remaining(), kLongestWait);
-            timeval limit{static_cast<long>(left / 1000), static_cast<long>(left % 1000 * 1000)};
+            const int got = recv(socket_, reinterpret_cast<char*>(buffer.data()), ClampedSize(buffer.size()), 0);
+            // Wine, unlike Windows, tells of a reset only when it is polled and receives an end in good order.
+            if (got == 0 && (PollNow() & POLLERR) != 0) return Failed(WSAECONNRESET);
+            if (got >= 0) return {TcpStatus::kOk, static_cast<std::size_t>(got)};
+            const TcpStatus status = WaitAfter(WSAGetLastError(), Readiness::kRead, limit);
+            if (status != TcpStatus::kOk) return {status, 0};
+        }
+    }
+
+    // Ok when a transfer that has ended with this error is to be tried again: the socket was not ready and has become
+    // so in time.
+    TcpStatus WaitAfter(int error, Readiness readiness, const TransferLimit& limit)
+    {
+        return error == WSAEWOULDBLOCK ? WaitFor(readiness, limit) : Failed(error).status;
+    }
+
+    // Ok, or the error told. A connection that cannot be made shows in the set of exceptions; WSAPoll did not show it
+    // at all before Windows 10 version 2004.
+    TcpStatus WaitFor(Readiness readiness, const TransferLimit& limit)
+    {
+        for (;;) {
+            const uint32_t left = limit.Slice();
+            timeval slice{0, static_cast<long>(left * 1000)};
             fd_set readable{readiness == Readiness::kRead ? 1U : 0U, {socket_}};
             fd_set writable{readiness == Readiness::kRead ? 0U : 1U, {socket_}};
             fd_set refused{readiness == Readiness::kConnected ? 1U : 0U, {socket_}};
-            const int ready = select(0, &readable, &writable, &refused, &limit);
-            if (ready > 0) return true;
-            if (ready < 0) return Fail(WSAGetLastError());
+            const int ready = select(0, &readable, &writable, &refused, &slice);
+            if (ready > 0) return TcpStatus::kOk;
+            if (ready < 0) return Failed(WSAGetLastError()).status;
             // The system's waits end up to one of its ticks too early.
-            if (left == 0) return Fail(WSAETIMEDOUT);
+            if (left > 0) continue;
+            Fail(WSAETIMEDOUT);
+            return TcpStatus::kTimedOut;
         }
     }
 
@@ -223,6 +242,7 @@ private:
         return {IsAborted(error) ? TcpStatus::kAborted : TcpStatus::kFailed, 0};
     }
 
+    const StopSignal* stop_ = &kNeverStopped;
     SOCKET socket_ = INVALID_SOCKET;
     uint32_t sendTimeout_ = kLongestWait;
     uint32_t receiveTimeout_ = kLongestWait;

@@ -80,6 +80,11 @@ bool WindowsThread::Run(std::function<void()> body)
 
 }  // namespace
 
+ThreadId CurrentThreadId()
+{
+    return GetCurrentThreadId();
+}
+
 std::unique_ptr<Thread> Thread::Start(std::function<void()> body)
 {
     auto thread = std::make_unique<WindowsThread>();

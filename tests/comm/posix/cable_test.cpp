@@ -1,12 +1,17 @@
-// Printers on cables: the port object of a device over a pseudo-terminal and over a socket in the place of a USB cable.
+// Printers on cables: the port object of a device over a pseudo-terminal, over a socket in the place of a USB cable,
+// and over a network whose other end is restarted.
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "comm/comm_log_file.h"
 #include "comm/printer_port.h"
+#include "comm/read_within.h"
 #include "comm/test_clock.h"
 #include "platform/posix/local_printer.h"
 #include "platform/posix/pseudo_terminal.h"
@@ -81,6 +86,7 @@ TEST_F(SerialCable, ShortExchangeInTheLog)
     EXPECT_EQ(Read(reply, 1), 1);
     EXPECT_EQ(reply, "\x16");
     EXPECT_EQ(port.CleanBoth(), 0);
+    port.DiscardInput();
     EXPECT_EQ(port.Close(), 0);
     const std::string selected = kSelected;
     EXPECT_EQ(Log(), kHeader +
@@ -176,6 +182,8 @@ TEST_F(SerialCable, TimeoutsOfZeroStillEnd)
 
 TEST_F(SerialCable, UnpluggedAdapterComesBackWithoutReopening)
 {
+    port.SetHandshake(2);
+    port.SetComPort(1, 57600);
     ASSERT_EQ(port.Open(), 0);
     Unplug();
     EXPECT_EQ(port.WriteText("lost"), 1);
@@ -186,11 +194,27 @@ TEST_F(SerialCable, UnpluggedAdapterComesBackWithoutReopening)
     clock.Sleep(2000);
     EXPECT_EQ(port.WriteText("back"), 0);
     EXPECT_EQ(terminal->Read(4), "back");
+    const termios line = terminal->Settings();
+    EXPECT_EQ(cfgetospeed(&line), static_cast<speed_t>(B57600));
+    EXPECT_NE(line.c_iflag & IXON, 0U);
     Unplug();
     EXPECT_EQ(Read(reply, 1), -1);
     PlugIn();
     EXPECT_EQ(port.WriteText("again"), 0);
     EXPECT_EQ(terminal->Read(5), "again");
+    EXPECT_EQ(port.Openings(), 3U);
+}
+
+TEST_F(SerialCable, ReadsWithATimeLimitOfItsOwn)
+{
+    port.SetComPort(1, 0);
+    port.SetTimeouts(10000, 10000);
+    ASSERT_EQ(port.Open(), 0);
+    EXPECT_EQ(port.BaudRate(), 38400U);
+    tests::CheckReadsWithin(port, [this](std::string_view bytes) { terminal->Send(bytes); });
+    Unplug();
+    EXPECT_EQ(tests::ReadWithin(port, 60000), "(failed)");
+    EXPECT_EQ(tests::ReadWithin(port, 60000), "(failed)");
 }
 
 class UsbCable : public Cable {
@@ -221,6 +245,7 @@ TEST_F(UsbCable, ShortExchangeInTheLog)
     EXPECT_EQ(Read(reply, 1), 1);
     EXPECT_EQ(reply, "\x16");
     EXPECT_EQ(port.CleanBoth(), 0);
+    port.DiscardInput();
     peer.Send("\x18");
     EXPECT_EQ(Read(reply, 6), 1);
     EXPECT_EQ(reply, "\x18");
@@ -292,6 +317,17 @@ TEST_F(UsbCable, UnpluggedBetweenJobsAndDuringAReadComesBack)
     EXPECT_EQ(Read(reply, 1), -1);
     EXPECT_EQ(port.WriteText("again"), 0);
     EXPECT_EQ(printer.Accept().Read(5), "again");
+    EXPECT_EQ(port.Openings(), 3U);
+}
+
+TEST_F(UsbCable, ReadsWithATimeLimitOfItsOwn)
+{
+    port.SetTimeouts(10000, 10000);
+    Open();
+    EXPECT_EQ(port.BaudRate(), 0U);
+    tests::CheckReadsWithin(port, [this](std::string_view bytes) { peer.Send(bytes); });
+    peer.Finish();
+    EXPECT_EQ(tests::ReadWithin(port, 60000), "(failed)");
 }
 
 TEST_F(UsbCable, SilentPrinterLeavesThePortOpen)
@@ -301,6 +337,38 @@ TEST_F(UsbCable, SilentPrinterLeavesThePortOpen)
     EXPECT_EQ(Read(reply, 6), -1);
     EXPECT_EQ(port.WriteText("still"), 0);
     EXPECT_EQ(peer.Read(5), "still");
+}
+
+// A printer that is restarted, quickly or slowly: whoever goes on calling has it back two seconds later at the
+// latest.
+TEST(NetworkCable, PrinterThatIsRestartedIsBackWithinTwoSeconds)
+{
+    using Clock = std::chrono::steady_clock;
+    const auto restart = [](std::chrono::milliseconds away) {
+        tests::LoopbackServer server;
+        PortTable table;
+        CPrinterPort port(table);
+        port.SetPortType(kEthernet);
+        port.SetIpAddress("127.0.0.1");
+        port.SetTcpPort(server.Port());
+        ASSERT_EQ(port.Open(), 0);
+        server.Accept().Reset();
+        server.Stop();
+        const auto start = Clock::now();
+        std::unique_ptr<tests::LoopbackServer> restarted;
+        while (port.WriteText("x") != 0 && Clock::now() - start < away + std::chrono::seconds(10)) {
+            if (restarted == nullptr && Clock::now() - start >= away)
+                restarted = std::make_unique<tests::LoopbackServer>(server.Port());
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        EXPECT_LT(Clock::now() - start, away + std::chrono::milliseconds(3500)) << away.count();
+        EXPECT_EQ(port.Openings(), 2U);
+        ASSERT_NE(restarted, nullptr) << away.count();
+        EXPECT_EQ(restarted->Accept().Read(1), "x");
+    };
+    std::vector<std::jthread> restarts;
+    for (const int away : {50, 300, 3000})
+        restarts.emplace_back([&restart, away] { restart(std::chrono::milliseconds(away)); });
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "common/service_log_capture.h"
 #include "device/posix/device_bench.h"
+#include "device/posix/simple_talis.h"
 #include "platform/posix/unique_fd.h"
 
 namespace marbex::test {
@@ -84,6 +85,17 @@ TEST_F(LifecycleTest, AFailedOpenSaysWhyAndLeavesTheDeviceClosed)
     EXPECT_EQ(device->OpenService("POSPrinter", "Till", &control), OPOS_E_FAILURE);
     EXPECT_EQ(device->State.load(), OPOS_S_CLOSED);
     server.Refuse(false);
+    EXPECT_EQ(device->OpenService("POSPrinter", "Till", &control), 0);
+}
+
+// Seven bytes of a status answer used to make seven openings fail.
+TEST_F(LifecycleTest, WhatAKilledTillDidNotReadIsNotAnIdentity)
+{
+    const SerialTalis printer;
+    printer.terminal.Send("\x10\x0F\x01\x02\x03\x04\x12");
+    WriteProfile("\"PortType\"=dword:0\n[HKEY_LOCAL_MACHINE\\HARDWARE\\DEVICEMAP\\SERIALCOMM]\n\"" +
+                 printer.terminal.Path() + "\"=\"COM1\"\n");
+    device = device::CreateModelDevice("TALIS");
     EXPECT_EQ(device->OpenService("POSPrinter", "Till", &control), 0);
 }
 

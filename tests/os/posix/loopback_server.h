@@ -107,6 +107,7 @@ public:
     ~LoopbackServer() { Stop(); }
 
     uint16_t Port() const { return port_; }
+    int Descriptor() const { return descriptor_; }
 
     LoopbackPeer Accept()
     {

@@ -12,6 +12,7 @@
 #include <fstream>
 
 #include "platform/clock.h"
+#include "platform/log_file.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/registry.h"
 #include "platform/text.h"
@@ -59,6 +60,72 @@ TEST(Files, PipesAreLeftAlone)
     EXPECT_EQ(OpenForAppend("C:\\pipe", OtherWriters::kAdmitted), nullptr) << "its reader may go at any time";
 }
 
+// A folder that others may change, and a file that the till must not be led to.
+class SharedFolder : public testing::TestWithParam<mode_t> {
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(mkdir(folder_.c_str(), 0755), 0);
+        ASSERT_EQ(chmod(folder_.c_str(), GetParam()), 0);
+        std::ofstream(victim_) << "mine";
+    }
+    std::string Victim() const { return ReadWholeFile(victim_, 100).value_or("gone"); }
+    void ExpectRefused(const std::string& path) const
+    {
+        EXPECT_EQ(OpenForAppend(path, OtherWriters::kRefused), nullptr);
+        EXPECT_FALSE(AppendExclusively(path, "log"));
+        EXPECT_FALSE(AppendShared(path, "log", 0));
+        EXPECT_FALSE(AppendShared(path, "log", 1));
+        EXPECT_FALSE(CreateEmptyFile(path));
+        EXPECT_FALSE(CreateNewFile(path));
+        EXPECT_EQ(Victim(), "mine");
+    }
+
+    const TempRegistry registry_;
+    const std::string folder_ = registry_.Folder() + "/shared";
+    const std::string victim_ = registry_.Folder() + "/victim";
+};
+
+TEST_P(SharedFolder, LinksInItLeadNowhere)
+{
+    ASSERT_EQ(symlink(victim_.c_str(), (folder_ + "/soft").c_str()), 0);
+    ASSERT_EQ(link(victim_.c_str(), (folder_ + "/hard").c_str()), 0);
+    ASSERT_EQ(symlink((registry_.Folder() + "/made").c_str(), (folder_ + "/open").c_str()), 0);
+    ASSERT_EQ(mkfifo((folder_ + "/pipe").c_str(), 0666), 0);
+    for (const char* name : {"/soft", "/hard", "/open", "/pipe"})
+        ExpectRefused(folder_ + name);
+    EXPECT_FALSE(FileExists(registry_.Folder() + "/made"));
+
+    ASSERT_EQ(chmod(folder_.c_str(), 0755), 0);
+    EXPECT_TRUE(AppendShared(folder_ + "/soft", " and the log's", 0)) << "where only the till's own links can be";
+    EXPECT_TRUE(AppendShared(folder_ + "/open", "x", 0));
+    EXPECT_EQ(Victim(), "mine and the log's");
+    EXPECT_TRUE(FileExists(registry_.Folder() + "/made"));
+}
+
+TEST_P(SharedFolder, KeepsAndSharesPlainFiles)
+{
+    const std::string path = folder_ + "/a.log";
+    ASSERT_TRUE(AppendShared(path, "one\n", 0));
+    EXPECT_TRUE(OpenForAppend(path, OtherWriters::kRefused)->Append("two\n"));
+    EXPECT_TRUE(AppendExclusively(path, "three\n"));
+    EXPECT_EQ(ReadWholeFile(path, 100), "one\ntwo\nthree\n");
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ((status.st_mode & S_IWGRP) != 0, (GetParam() & S_ISGID) != 0);
+    EXPECT_TRUE(CreateEmptyFile(path));
+    EXPECT_EQ(ReadWholeFile(path, 100), "");
+
+    if (geteuid() != 0) GTEST_SKIP() << "only the superuser can give files away";
+    ASSERT_EQ(chown(path.c_str(), 1, 1), 0);
+    const bool anybody = (GetParam() & S_IWOTH) != 0;
+    EXPECT_EQ(AppendShared(path, "log", 0), !anybody) << "a file of somebody who was faster";
+    ASSERT_EQ(chown(folder_.c_str(), 1, 1), 0);
+    EXPECT_TRUE(AppendShared(path, "log", 0)) << "the folder's owner may have what he likes in it";
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, SharedFolder, testing::Values(01777, 0777, 0775, 02775));
+
 // Standard error of a till that was started with a pipe in its place.
 TEST(DebugOutput, WaitsForNoReaderAndOutlivesHim)
 {
@@ -103,6 +170,37 @@ TEST(Files, AppendExclusivelyWritesAllOrNothing)
     setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(registry.ContentsBelow("drive_c/events"), "C\t1|");
+}
+
+TEST(LogFile, IsNotSetAsideUnderAWriterAndWaitsForNobodyElse)
+{
+    const TempRegistry registry;
+    ASSERT_TRUE(AppendShared("C:\\a.log", "one\n", 0));
+    const UniqueFd other(open(NativePath("C:\\a.log").c_str(), O_RDONLY));
+    ASSERT_EQ(flock(other.Get(), LOCK_SH), 0);
+    EXPECT_FALSE(SetAside("C:\\a.log", 1));
+    EXPECT_TRUE(AppendShared("C:\\a.log", "two\n", 1)) << "it goes on growing";
+    ASSERT_EQ(flock(other.Get(), LOCK_EX), 0);
+    EXPECT_TRUE(AppendShared("C:\\a.log", "three\n", 0));
+    EXPECT_EQ(registry.ContentsBelow("drive_c/a.log"), "one\ntwo\nthree\n");
+    ASSERT_EQ(flock(other.Get(), LOCK_UN), 0);
+    EXPECT_TRUE(SetAside("C:\\a.log", 14));
+    EXPECT_TRUE(SetAside("C:\\a.log", 14)) << "it has begun anew";
+    EXPECT_EQ(registry.ContentsBelow("drive_c/a.log.1"), "one\ntwo\nthree\n");
+}
+
+// By chmod, as for tills of several users.
+TEST(LogFile, IsMadeAnewForTheSameUsers)
+{
+    const TempRegistry registry;
+    ASSERT_TRUE(AppendShared("C:\\a.log", "one\n", 0));
+    const std::string native = NativePath("C:\\a.log");
+    ASSERT_EQ(chmod(native.c_str(), 0660), 0);
+    ASSERT_TRUE(SetAside("C:\\a.log", 1));
+    struct stat status {};
+    ASSERT_EQ(stat(native.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0660U);
+    EXPECT_EQ(status.st_size, 0);
 }
 
 TEST(Files, NamesMayBeTextOfTheAnsiCodePage)

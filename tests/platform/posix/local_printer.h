@@ -64,17 +64,20 @@ private:
     int listener_ = -1;
 };
 
-// The registry lines of an installed USB printer whose file is node.
+// The registry lines of an installed USB printer whose file is node. unit tells several of one vendor apart.
 inline std::string UsbPrinterLines(const std::string& node, const std::string& name = "Receipt Printer",
-                                   const std::string& vendor = "F055")
+                                   const std::string& vendor = "F055", char unit = '1')
 {
     const std::string top = "[HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\";
     const std::string device = "VID_" + vendor + "&PID_0101";
+    const std::string instance = std::string("5&77&0&") + unit;
+    const char last = static_cast<char>(unit - '1');
     return top + "Control\\Print\\Printers\\" + name + "\\PnPData]\n" +
-           "\"DeviceInstanceId\"=\"USBPRINT\\\\Marbex\\\\6&1a2b3c&0&USB001\"\n" + top + "Enum\\USB\\" + device +
-           "\\5&77&0&1]\n\"ParentIdPrefix\"=\"6&1A2B3C&0\"\n" + top +
-           "Control\\DeviceClasses\\{28d78fad-5a12-11d1-ae5b-0000f803a8c2}\\##?#USB#" + device +
-           "#5&77&0&1#{28d78fad-5a12-11d1-ae5b-0000f803a8c2}]\n\"DeviceNode\"=\"" + node + "\"\n";
+           "\"DeviceInstanceId\"=\"USBPRINT\\\\Marbex\\\\" + "6&1a2b3" + static_cast<char>('c' + last) +
+           "&0&USB001\"\n" + top + "Enum\\USB\\" + device + "\\" + instance + "]\n\"ParentIdPrefix\"=\"6&1A2B3" +
+           static_cast<char>('C' + last) + "&0\"\n" + top +
+           "Control\\DeviceClasses\\{28d78fad-5a12-11d1-ae5b-0000f803a8c2}\\##?#USB#" + device + "#" + instance +
+           "#{28d78fad-5a12-11d1-ae5b-0000f803a8c2}]\n\"DeviceNode\"=\"" + node + "\"\n";
 }
 
 }  // namespace marbex::tests

@@ -30,6 +30,7 @@ public:
     ~PseudoTerminal() { Unplug(); }
 
     const std::string& Path() const { return path_; }
+    int Master() const { return master_; }
 
     void Send(std::string_view bytes) const
     {

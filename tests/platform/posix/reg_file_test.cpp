@@ -125,6 +125,41 @@ TEST(RegFile, NamesTheLineOfAMistake)
     }
 }
 
+// A till must not stand still because of a file that somebody made large.
+TEST(RegFile, TakesBoundedTimeAndMemory)
+{
+    const auto lines = [](std::size_t count, const std::string& before, const std::string& behind) {
+        std::string all;
+        for (std::size_t i = 0; i < count; ++i)
+            all += before + std::to_string(i) + behind;
+        return all;
+    };
+    const std::string key = "[HKLM\\A]\n";
+    for (const auto& [text, message] : std::vector<std::pair<std::string, std::string>>{
+             {lines(100'001, "[HKLM\\", "]\n"), "more than 100000 keys"},
+             {key + lines(51, "\"", "\"=-\n") + lines(50, "[-HKLM\\", "]\n"), "more than 100 deletions"},
+             {"[HKLM" + lines(513, "\\", "") + "]\n", "a key of more than 512 parts"}}) {
+        const auto result = ParseRegFile(kHeader + text);
+        const auto* problem = std::get_if<RegParseProblem>(&result);
+        ASSERT_NE(problem, nullptr) << message;
+        EXPECT_EQ(problem->message, message);
+    }
+
+    // The values of one key, of which there are many; looking through all of them for each would take minutes.
+    constexpr int kMany = 40'000;
+    RegDocument document = ParsedLines(key + lines(kMany, "\"v", "\"=\"old\"\n") + lines(kMany, "\"V", "\"=\"new\"\n"));
+    for (const char* name : {"v0", "v17", "v20000"})
+        ASSERT_TRUE(document.DeleteEntry(kKey, name));
+    EXPECT_FALSE(document.DeleteEntry(kKey, "v17"));
+    document.Set(kKey, RegEntry{{"v17", RegistryType::kSz, "again"}, {}, {}});
+    EXPECT_EQ(document.EntryCount(), kMany - 2U);
+    EXPECT_EQ(ValueOf(document, "v1").data, "new");
+    EXPECT_EQ(ValueOf(document, "v19999").data, "new");
+    EXPECT_EQ(ValueOf(document, "v20001").data, "new");
+    EXPECT_EQ(ValueOf(document, "v17").data, "again");
+    EXPECT_EQ(document.FindEntry(kKey, "v0"), nullptr);
+}
+
 TEST(RegFile, ReadsTheEncodingsOfExports)
 {
     const std::string text =

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <fstream>
 #include <thread>
 
 #include "platform/files.h"
@@ -23,6 +24,23 @@ RegistryValue Text(std::string name, std::string text)
 }
 
 std::string debugOutput;
+
+// In a folder that others may change: none of what they put there is waited for or written to.
+TEST(SystemRegistry, NothingBesideTheFileIsTrusted)
+{
+    const TempRegistry file("[HKEY_LOCAL_MACHINE\\A]\n");
+    const std::string lock = file.File() + ".lock";
+    const std::string victim = file.Folder() + "/victim";
+    std::ofstream(victim) << "mine";
+    ASSERT_EQ(symlink(victim.c_str(), lock.c_str()), 0);
+    Registry& registry = SystemRegistry();
+    EXPECT_FALSE(registry.CreateKey("B"));
+    EXPECT_TRUE(registry.LastProblem().starts_with(lock + ": cannot be created: ")) << registry.LastProblem();
+    unlink(lock.c_str());
+    ASSERT_EQ(mkfifo(lock.c_str(), 0444), 0);
+    EXPECT_TRUE(registry.CreateKey("B"));
+    EXPECT_EQ(ReadWholeFile(victim, 10), "mine");
+}
 
 TEST(SystemRegistry, BrokenFileIsReportedAndNeverOverwritten)
 {

@@ -1,5 +1,6 @@
 #include "platform/serial.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -7,8 +8,11 @@
 #include <fstream>
 #include <string>
 
+#include "loopback_server.h"
+#include "platform/posix/patient_close.h"
 #include "platform/posix/pseudo_terminal.h"
 #include "platform/posix/serial_system.h"
+#include "platform/stopped_waits.h"
 #include "temp_registry.h"
 
 namespace marbex::platform {
@@ -162,6 +166,56 @@ TEST_F(SerialPort, XoffHoldsOutputForAtMostTheTimeOut)
     ASSERT_EQ(Read(1), "z");
     EXPECT_EQ(line->Write(Bytes("free")).count, 4U);
     EXPECT_EQ(terminal.Read(4), "free");
+}
+
+TEST_F(SerialPort, AfterTheSignalOnlyProgressIsWaitedFor)
+{
+    StopSignal stop;
+    const PseudoTerminal silent;
+    const auto reading = SystemSerial().Open(silent.Path(), error);
+    ASSERT_TRUE(reading->Apply(LineSettings{}) && reading->Apply(SerialTimeouts{10, 0, tests::kOneMinute, 0, 0}));
+    ASSERT_TRUE(line->Apply(SerialTimeouts{0, 0, 0, 100, tests::kOneMinute}));
+    reading->HeedStop(stop);
+    line->HeedStop(stop);
+    const std::string much(1 << 20, 'x');
+    tests::ExpectToEndTwoSecondsAfter(stop, {{"write",
+                                              [&] {
+                                                  const SerialTransfer sent = line->Write(Bytes(much));
+                                                  EXPECT_TRUE(sent.ok);
+                                                  EXPECT_LT(sent.count, much.size());
+                                              }},
+                                             {"read", [&] {
+                                                  std::byte byte{};
+                                                  const SerialTransfer got = reading->Read({&byte, 1});
+                                                  EXPECT_TRUE(got.ok);
+                                                  EXPECT_EQ(got.count, 0U);
+                                              }}});
+}
+
+// The drivers of USB adapters wait inside close, half a minute, for output that the printer holds up. A connection that
+// lingers does the same.
+TEST(PatientClose, EndsTheWaitOfADriver)
+{
+    tests::LoopbackServer server;
+    UniqueFd lingering(socket(AF_INET, SOCK_STREAM, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(server.Port());
+    address.sin_addr.s_addr = htonl(tests::kLoopback);
+    ASSERT_EQ(connect(lingering.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    const tests::LoopbackPeer peer = server.Accept();
+    const linger half{1, 30};
+    setsockopt(lingering.Get(), SOL_SOCKET, SO_LINGER, &half, sizeof half);
+    const std::string block(1 << 16, 'x');
+    while (send(lingering.Get(), block.data(), block.size(), MSG_DONTWAIT) > 0) {
+    }
+    const int number = lingering.Get();
+    const auto start = std::chrono::steady_clock::now();
+    CloseWithin(std::move(lingering), 100);
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(took, std::chrono::milliseconds(100));
+    EXPECT_LT(took, std::chrono::milliseconds(900)) << "the driver was interrupted, and its thread has ended";
+    EXPECT_EQ(fcntl(number, F_GETFD), -1);
 }
 
 TEST_F(SerialPort, WriteThatIsNotTakenIsShort)

@@ -9,6 +9,7 @@
 #include "platform/posix/local_printer.h"
 #include "platform/posix/pseudo_terminal.h"
 #include "platform/posix/usb_system.h"
+#include "platform/stopped_waits.h"
 #include "temp_registry.h"
 
 namespace marbex::platform {
@@ -100,6 +101,24 @@ TEST_F(UsbPipes, SilenceAndFullBuffersEndWithTheTimeLimit)
     EXPECT_EQ(writePipe->Write(Bytes(std::string(8 << 20, 'x')), 50).status, UsbStatus::kTimedOut);
     EXPECT_TRUE(writePipe->Cancel());
     EXPECT_TRUE(readPipe->Cancel());
+}
+
+TEST_F(UsbPipes, AfterTheSignalOnlyProgressIsWaitedFor)
+{
+    LocalPrinter printer(registry.Folder() + "/printer");
+    Open(printer.Path());
+    const LoopbackPeer peer = printer.Accept();
+    StopSignal stop;
+    writePipe->HeedStop(stop);
+    readPipe->HeedStop(stop);
+    std::string reply;
+    tests::ExpectToEndTwoSecondsAfter(
+        stop, {{"write",
+                [&] {
+                    const std::string much(8 << 20, 'x');
+                    EXPECT_EQ(writePipe->Write(Bytes(much), tests::kOneMinute).status, UsbStatus::kTimedOut);
+                }},
+               {"read", [&] { EXPECT_EQ(Read(reply, tests::kOneMinute).status, UsbStatus::kTimedOut); }}});
 }
 
 TEST_F(UsbPipes, UnpluggedDeviceIsGoneForBothAndMayComeBack)

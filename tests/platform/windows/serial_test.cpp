@@ -5,10 +5,12 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <string>
 
+#include "platform/stopped_waits.h"
 #include "temp_registry.h"
 
 namespace marbex::platform {
@@ -185,6 +187,47 @@ TEST_F(LoopedLine, NothingWaitsWithoutLimit)
     EXPECT_TRUE(line->Purge(true, true)) << line->LastError();
     EXPECT_FALSE(line->IsGone());
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(LoopedLine, AfterTheSignalOnlyProgressIsWaitedFor)
+{
+    StopSignal stop;
+    line->HeedStop(stop);
+    ASSERT_TRUE(line->Apply(SerialTimeouts{10, 10, tests::kOneMinute, 100, tests::kOneMinute}));
+    EXPECT_EQ(Write("echo").count, 4U);
+    EXPECT_EQ(Read(4), "echo");
+    tests::ExpectToEndTwoSecondsAfter(stop, {{"read", [&] { EXPECT_EQ(Read(4), ""); }}});
+    std::array<std::byte, 4> room{};
+    EXPECT_EQ(line->ReadUntilStopped(room, tests::kOneMinute).count, 0U);
+    stop.Set(false);
+    EXPECT_EQ(Write("again").count, 5U);
+    std::string back(5, '\0');
+    EXPECT_EQ(line->ReadUntilStopped(std::as_writable_bytes(std::span(back)), 5000).count, 5U);
+    EXPECT_EQ(back, "again");
+}
+
+// What is sent comes back: an Xoff holds the line that sent it.
+TEST_F(LoopedLine, HeldLineIsGivenUpAndClosed)
+{
+    auto settings = line->Settings();
+    ASSERT_TRUE(settings);
+    settings->xonXoffOutput = true;
+    settings->xonCharacter = 0x11;
+    settings->xoffCharacter = 0x13;
+    ASSERT_TRUE(line->Apply(*settings)) << line->LastError();
+    ASSERT_TRUE(line->Apply(SerialTimeouts{10, 10, 5000, 100, tests::kOneMinute}));
+    EXPECT_EQ(Write("\x13z").count, 2U);
+    EXPECT_EQ(Read(1), "z");
+    StopSignal stop;
+    line->HeedStop(stop);
+    tests::ExpectToEndTwoSecondsAfter(stop, {{"write", [&] {
+                                                  const SerialTransfer sent = Write("held");
+                                                  EXPECT_TRUE(sent.ok);
+                                                  EXPECT_EQ(sent.count, 0U);
+                                              }}});
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(line->Close());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
 }
 
 TEST_F(LoopedLine, ClosesOnce)

@@ -43,7 +43,24 @@ TEST(Text, UndefinedBytesBecomeTheirOwnValue)
     FindCodePage(1252)->Widen("\x81\x8D", wide);
     FindCodePage(874)->Widen("\xDB\xFC", wide);  // the private use area for the system
     FindCodePage(1255)->Widen("\xD9\x81", wide);
-    EXPECT_EQ(wide, u"\u0081\u008D\u00DB\u00FC\u00D9\u0081");
+    FindCodePage(932)->Widen("\x80\xA0\xFD\xFF", wide);
+    FindCodePage(949)->Widen("\x80\xFF", wide);
+    FindCodePage(1361)->Widen("\x83\xD4\xFF", wide);
+    EXPECT_EQ(wide, u"\u0081\u008D\u00DB\u00FC\u00D9\u0081\u0080\u00A0\u00FD\u00FF\u0080\u00FF\u0083\u00D4\u00FF");
+}
+
+TEST(Text, DoubleBytePagesHoldOnlyWhatComesBack)
+{
+    for (const uint32_t number : {932U, 936U, 949U, 950U, 1361U}) {
+        for (unsigned unit = 1; unit < 0xD800; ++unit) {
+            const char16_t text[] = {static_cast<char16_t>(unit), 0};
+            std::string bytes;
+            std::u16string wide;
+            if (ToCodePage(number, text, bytes) != CodePageResult::kOk) continue;
+            FindCodePage(number)->Widen(bytes, wide);
+            ASSERT_EQ(wide, text) << number;
+        }
+    }
 }
 
 TEST(Text, MainframePages)

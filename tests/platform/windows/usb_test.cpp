@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/stopped_waits.h"
 #include "platform/windows/unique_handle.h"
 #include "temp_registry.h"
 
@@ -140,6 +141,19 @@ TEST_F(OverlappedPipe, PrinterThatTakesNothingTimesOut)
     EXPECT_EQ(written, UsbStatus::kTimedOut);
     EXPECT_TRUE(pipe->Cancel());
     EXPECT_EQ(device.Take(100), std::string(100, 'x'));
+}
+
+TEST_F(OverlappedPipe, AfterTheSignalOnlyProgressIsWaitedFor)
+{
+    Open(Direction::kRead);
+    StopSignal stop;
+    pipe->HeedStop(stop);
+    tests::ExpectToEndTwoSecondsAfter(stop, {{"read", [&] {
+                                                  EXPECT_EQ(Read(tests::kOneMinute), std::nullopt);
+                                                  EXPECT_EQ(status, UsbStatus::kTimedOut);
+                                              }}});
+    std::byte byte{};
+    EXPECT_EQ(pipe->ReadUntilStopped({&byte, 1}, tests::kOneMinute).status, UsbStatus::kTimedOut);
 }
 
 TEST_F(OverlappedPipe, UnpluggedDeviceIsGone)
