@@ -1,0 +1,113 @@
+#include "platform/registry.h"
+
+#include <utility>
+
+#include "platform/posix/reg_file.h"
+#include "platform/simulated/machine/scheduler.h"
+#include "platform/simulated/machine/storage.h"
+
+namespace marbex::platform {
+namespace {
+
+using simulated::Processor;
+
+RegDocument& Hive()
+{
+    static auto& hive = *new RegDocument;
+    return hive;
+}
+
+std::string FullPath(std::string_view path)
+{
+    while (path.starts_with('\\'))
+        path.remove_prefix(1);
+    while (path.ends_with('\\'))
+        path.remove_suffix(1);
+    std::string full = "HKEY_LOCAL_MACHINE";
+    if (!path.empty()) full.append("\\").append(path);
+    return full;
+}
+
+class SimulatedRegistry final : public Registry {
+public:
+    bool KeyExists(std::string_view path) const override
+    {
+        Processor().Point();
+        return Hive().KeyExists(FullPath(path));
+    }
+
+    std::optional<std::vector<std::string>> Subkeys(std::string_view path) const override
+    {
+        if (!KeyExists(path)) return std::nullopt;
+        return Hive().Subkeys(FullPath(path));
+    }
+
+    std::optional<std::vector<RegistryValue>> Values(std::string_view path) const override
+    {
+        if (!KeyExists(path)) return std::nullopt;
+        std::vector<RegistryValue> values;
+        if (const RegSection* section = Hive().Find(FullPath(path))) {
+            for (const RegEntry& entry : section->entries)
+                values.push_back(entry.value);
+        }
+        return values;
+    }
+
+    std::optional<RegistryValue> Value(std::string_view path, std::string_view name) const override
+    {
+        Processor().Point();
+        const RegEntry* entry = Hive().FindEntry(FullPath(path), name);
+        if (entry == nullptr) return std::nullopt;
+        return entry->value;
+    }
+
+    bool CreateKey(std::string_view path) override
+    {
+        if (!KeyExists(path)) Hive().Ensure(FullPath(path));
+        return true;
+    }
+
+    bool SetValue(std::string_view path, const RegistryValue& value) override
+    {
+        if (!KeyExists(path)) return false;
+        Hive().Set(FullPath(path), RegEntry{value, {}, {}});
+        return true;
+    }
+
+    bool DeleteValue(std::string_view path, std::string_view name) override
+    {
+        Processor().Point();
+        return Hive().DeleteEntry(FullPath(path), name);
+    }
+
+    bool DeleteKey(std::string_view path) override
+    {
+        Processor().Point();
+        return Hive().DeleteKey(FullPath(path));
+    }
+
+    std::string LastProblem() const override { return {}; }
+};
+
+}  // namespace
+
+Registry& SystemRegistry()
+{
+    static auto& registry = *new SimulatedRegistry;
+    return registry;
+}
+
+}  // namespace marbex::platform
+
+namespace marbex::simulated {
+
+bool Storage::LoadRegistry(std::string_view regFile)
+{
+    auto parsed = platform::ParseRegFile(regFile);
+    auto* const document = std::get_if<platform::RegDocument>(&parsed);
+    if (document == nullptr) return false;
+    platform::Hive() = std::move(*document);
+    return true;
+}
+
+}  // namespace marbex::simulated
