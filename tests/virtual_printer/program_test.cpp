@@ -1,11 +1,6 @@
 // The program itself, as a script uses it: commands in, lines of JSON out, a picture of the paper.
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -14,120 +9,10 @@
 #include <nlohmann/json.hpp>
 
 #include "bytes.h"
+#include "program.h"
 
 namespace marbex::virtual_printer {
 namespace {
-
-using Json = nlohmann::json;
-
-class Program {
-public:
-    explicit Program(std::vector<std::string> arguments)
-    {
-        std::array<int, 2> in{};
-        std::array<int, 2> out{};
-        if (::pipe(in.data()) != 0 || ::pipe(out.data()) != 0) {
-            return;
-        }
-        arguments.insert(arguments.begin(), MARBEX_VIRTUAL_PRINTER);
-        std::vector<char*> argv;
-        for (std::string& argument : arguments) {
-            argv.push_back(argument.data());
-        }
-        argv.push_back(nullptr);
-        child_ = ::fork();
-        if (child_ == 0) {
-            ::dup2(in[0], 0);
-            ::dup2(out[1], 1);
-            ::close(in[1]);
-            ::close(out[0]);
-            ::execv(argv[0], argv.data());
-            ::_exit(127);
-        }
-        ::close(in[0]);
-        ::close(out[1]);
-        in_ = in[1];
-        out_ = out[0];
-    }
-    ~Program()
-    {
-        CloseInput();
-        ::close(out_);
-        if (child_ > 0) {
-            ::kill(child_, SIGKILL);
-            ::waitpid(child_, nullptr, 0);
-        }
-    }
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
-
-    void Say(const std::string& line) const
-    {
-        const std::string text = line + "\n";
-        ASSERT_EQ(::write(in_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    }
-    void CloseInput()
-    {
-        if (in_ >= 0) {
-            ::close(in_);
-            in_ = -1;
-        }
-    }
-    // The next line of output; null when none comes.
-    Json Next()
-    {
-        std::size_t end = 0;
-        while ((end = text_.find('\n')) == std::string::npos) {
-            pollfd one{out_, POLLIN, 0};
-            std::array<char, 4096> buffer{};
-            const ssize_t count = ::poll(&one, 1, 10000) > 0 ? ::read(out_, buffer.data(), buffer.size()) : 0;
-            if (count <= 0) {
-                return nullptr;
-            }
-            text_.append(buffer.data(), static_cast<std::size_t>(count));
-        }
-        const Json json = Json::parse(text_.substr(0, end));
-        text_.erase(0, end + 1);
-        return json;
-    }
-    Json NextNamed(const std::string& event)
-    {
-        Json json = Next();
-        while (!json.is_null() && json["event"] != event) {
-            json = Next();
-        }
-        return json;
-    }
-    int ExitStatus()
-    {
-        int status = 0;
-        ::waitpid(std::exchange(child_, 0), &status, 0);
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    void Signal(int signal) const { ::kill(child_, signal); }
-
-private:
-    pid_t child_ = 0;
-    int in_ = -1;
-    int out_ = -1;
-    std::string text_;
-};
-
-int Connect(int port)
-{
-    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    return fd;
-}
-
-void Send(int fd, std::string_view bytes)
-{
-    ASSERT_EQ(::write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-}
 
 TEST(Program, TellsWhatHappensAndTakesCommands)
 {
@@ -156,14 +41,17 @@ TEST(Program, TellsWhatHappensAndTakesCommands)
                                     {"jam", false},
                                     {"mute", false},
                                     {"stopped", true},
-                                    {"waiting_bytes", 9}}));
+                                    {"power", true},
+                                    {"waiting_bytes", 9},
+                                    {"received", 15}}));
     program.Say("cover close");
     EXPECT_EQ(
         program.Next(),
         (Json{{"event", "text"}, {"text", "prezzo é"}, {"align", "left"}, {"x", 0}, {"style", {{"bold", true}}}}));
     EXPECT_EQ(program.Next()["event"], "command");
     Send(fd, "\x1Bi\x07");
-    EXPECT_EQ(program.Next(), (Json{{"event", "cut"}, {"kind", "full"}}));
+    EXPECT_EQ(program.Next(),
+              (Json{{"event", "cut"}, {"kind", "full"}, {"piece", 1}, {"file", folder / "receipt-1.png"}}));
     EXPECT_EQ(program.Next(), (Json{{"event", "unknown"}, {"bytes", "07"}, {"why", "control character"}}));
     EXPECT_TRUE(std::filesystem::exists(folder / "receipt-1.png"));
     program.Say("dance");
@@ -177,6 +65,38 @@ TEST(Program, TellsWhatHappensAndTakesCommands)
     EXPECT_GT(std::filesystem::file_size(picture), 200U);
     ::close(fd);
     std::filesystem::remove_all(folder);
+}
+
+TEST(Program, FaultsHitTheByteTheyAreMeantFor)
+{
+    const auto file = std::filesystem::path(testing::TempDir()) / ("vprinter-all-" + std::to_string(::getpid()));
+    Program program({"--tcp", "127.0.0.1:0", "--received", file});
+    const int fd = Connect(program.Next()["port"]);
+    for (const char* nonsense :
+         {"at 5", "at x drop", "at 5 quit", "at 5 at 6 drop", "power cycle", "power cycle -1", "refuse x", "speed fast",
+          "half no", "say", "say 100", "say xx", "jam on", "printing hold"}) {
+        program.Say(nonsense);
+        EXPECT_TRUE(program.NextNamed("command").contains("problem")) << nonsense;
+    }
+    program.Say("at 8 power cycle 1");
+    EXPECT_FALSE(program.NextNamed("command").contains("problem"));
+    Send(fd, "one\nand more\n");
+    EXPECT_EQ(program.NextNamed("text")["text"], "one");
+    EXPECT_EQ(program.Next(), (Json{{"event", "power_off"}, {"lost", 4}, {"from", 4}, {"received", 8}}));
+    EXPECT_EQ(program.Next(), (Json{{"event", "disconnected"}, {"unread", 5}}));
+    EXPECT_EQ(program.Next(), (Json{{"event", "command"}, {"command", "power cycle 1"}, {"at", 8}}));
+    EXPECT_EQ(program.Next(), (Json{{"event", "power_on"}, {"missed", 0}}));
+    program.Say("at 7 drop");
+    EXPECT_EQ(program.Next()["problem"], "8 bytes have been received already");
+    program.Say(std::string(200000, 'x'));
+    EXPECT_EQ(program.Next()["problem"], "no such command");
+    program.Say("quit");
+    EXPECT_EQ(program.ExitStatus(), 0);
+    std::string received;
+    std::getline(std::ifstream(file), received, '\0');
+    EXPECT_EQ(received, "one\nand ");
+    ::close(fd);
+    std::filesystem::remove(file);
 }
 
 TEST(Program, PrintsAllThatHasArrivedBeforeItEnds)
@@ -202,7 +122,7 @@ TEST(Program, EndsWithItsInputAndAtASignal)
     EXPECT_TRUE(closed.Next().contains("serial"));
     closed.CloseInput();
     EXPECT_EQ(closed.ExitStatus(), 0);
-    Program asked({"--tcp", "127.0.0.1:0"});
+    Program asked({"--tcp", "localhost:0"});
     EXPECT_EQ(asked.Next()["event"], "listening");
     asked.Signal(SIGTERM);
     EXPECT_EQ(asked.ExitStatus(), 0);
@@ -217,11 +137,14 @@ TEST(Program, RefusesArgumentsThatMakeNoSense)
              {"--tcp", "127.0.0.1:70000"},
              {"--tcp", "127.0.0.1:0", "--serial"},
              {"--tcp", "127.0.0.1:0", "--cut-files"},
-             {"--tcp", "256.0.0.1:0"},
+             {"--tcp", "127.0.0.1:0", "--buffer", "1"},
+             {"--tcp", "127.0.0.1:0", "--terminal", "/tmp/x"},
          }) {
         Program program(arguments);
-        EXPECT_NE(program.ExitStatus(), 0) << arguments.back();
+        EXPECT_EQ(program.ExitStatus(), 64) << arguments.back();
     }
+    EXPECT_EQ(Program({"--tcp", "256.0.0.1:0"}).ExitStatus(), 1) << "a place that cannot be had";
+    EXPECT_EQ(Program({"--version"}).ExitStatus(), 0);
 }
 
 // Thousands of lines stay within the memory kept for them, and the picture of what is left is whole.

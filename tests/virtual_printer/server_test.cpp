@@ -9,9 +9,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 
 #include "bytes.h"
 #include "virtual_printer/server.h"
@@ -157,6 +159,40 @@ TEST(Server, RefusesConnectionsUntilToldOtherwise)
     EXPECT_TRUE(client.Open());
 }
 
+TEST(Server, ComesBackByItselfAfterARefusalAndAfterTheLossOfPower)
+{
+    TcpPrinterServer server("TALIS");
+    server.SetCover(true);
+    for (const bool power : {false, true}) {
+        Client client(Client::ConnectTcp(server.Port()));
+        client.Send("\x18waits\n");
+        const uint64_t all = power ? 7 + 1 + 7 : 7;
+        ASSERT_TRUE(server.WaitFor([all](const VirtualPrinter& printer) { return printer.Received() == all; }));
+        // The first byte of the next ones sets it off: the others are lost with the link.
+        server.At(all + 1, [&server, power] {
+            const std::chrono::milliseconds time(200);
+            power ? server.PowerCycle(time) : server.RefuseFor(time);
+        });
+        client.Send("lost\n");
+        EXPECT_TRUE(server.WaitFor([power](const VirtualPrinter& printer) {
+            const auto ends = printer.All<Disconnected>();
+            return std::count(ends.begin(), ends.end(), Disconnected{4}) == (power ? 2 : 1);
+        }));
+        EXPECT_EQ(Client::ConnectTcp(server.Port()), -1);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLimitMs);
+        int fd = -1;
+        while (fd < 0 && std::chrono::steady_clock::now() < end) {
+            fd = Client::ConnectTcp(server.Port());
+        }
+        const Client again(fd);
+        EXPECT_TRUE(again.Open());
+    }
+    EXPECT_EQ(server.All<PowerOff>().size(), 1U);
+    server.SetCover(false);
+    EXPECT_TRUE(server.Lines().empty());
+    EXPECT_THROW(server.At(1, [] {}), std::out_of_range);
+}
+
 TEST(Server, MuteTakesBytesAndAnswersNothing)
 {
     TcpPrinterServer server("TALIS");
@@ -181,10 +217,10 @@ TEST(Server, AStoppedPrinterStopsReading)
     Client client(fd);
     constexpr std::size_t kPlenty = 1000000;
     const std::size_t sent = client.SendUntilStuck(kPlenty);
-    EXPECT_GE(sent, VirtualPrinter::kStoppedBuffer);
+    EXPECT_GE(sent, FindModel("TALIS")->buffer);
     EXPECT_LT(sent, kPlenty / 2);
     server.With([](VirtualPrinter& printer) {
-        EXPECT_EQ(printer.State().waitingBytes, VirtualPrinter::kStoppedBuffer);
+        EXPECT_EQ(printer.State().waitingBytes, FindModel("TALIS")->buffer);
         EXPECT_TRUE(printer.All<TextLine>().empty());
     });
     server.SetCover(false);
@@ -239,6 +275,66 @@ TEST(Server, ServesASerialLine)
     client.Send("a\r\n\x1Bi");
     EXPECT_TRUE(server.WaitFor(Happened<Cut>()));
     EXPECT_EQ(server.Lines(), std::vector<std::string>{"a"});
+}
+
+// The till's end of an adapter: opens the terminal once its link is there.
+int OpenWhenThere(const std::string& path)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(kLimitMs);
+    int fd = -1;
+    while (fd < 0 && std::chrono::steady_clock::now() < end) {
+        fd = ::open(path.c_str(), O_RDWR | O_NOCTTY);
+    }
+    return fd;
+}
+
+TEST(Server, AnAdapterIsUnpluggedAndComesBackUnderItsName)
+{
+    LinkOptions link;
+    link.kind = LinkOptions::Kind::kSerial;
+    link.terminalLink = testing::TempDir() + "vprinter-" + std::to_string(::getpid()) + ".tty";
+    PrinterServer server("CORVO", link);
+    EXPECT_EQ(server.SerialPath(), link.terminalLink);
+    Client client(OpenWhenThere(link.terminalLink));
+    ASSERT_TRUE(server.WaitFor(Happened<Connected>()));
+    server.SetCover(true);
+    client.Send("a\n");
+    ASSERT_TRUE(server.WaitFor([](const VirtualPrinter& printer) { return printer.Received() == 2; }));
+    server.PowerCycle(std::chrono::milliseconds(50));
+    EXPECT_NE(::access(link.terminalLink.c_str(), F_OK), 0);
+    char byte = 0;
+    EXPECT_EQ(::write(client.Fd(), &byte, 1), -1);
+    EXPECT_EQ(errno, EIO);
+    server.SetCover(false);
+    Client next(OpenWhenThere(link.terminalLink));
+    next.Send("b\n");
+    EXPECT_TRUE(server.WaitFor(Printed(1)));
+    EXPECT_EQ(server.Lines(), std::vector<std::string>{"b"});
+    server.Say({0x55});
+    next.Close();
+    EXPECT_TRUE(server.WaitFor(Happened<Disconnected>(2)));
+    // What the till before has not read is not there any more.
+    Client last(OpenWhenThere(link.terminalLink));
+    EXPECT_FALSE(last.Readable(50));
+    EXPECT_EQ(server.All<PowerOff>(), (std::vector<PowerOff>{{0, 2, 2}}));
+}
+
+TEST(Server, HoldsTheSenderOfASerialLineByXoff)
+{
+    LinkOptions link;
+    link.kind = LinkOptions::Kind::kSerial;
+    link.xonXoff = true;
+    PrinterServer server("TALIS", link, {.buffer = 100});
+    Client client(::open(server.SerialPath().c_str(), O_RDWR | O_NOCTTY));
+    server.SetCover(true);
+    client.Send(std::string(75, 'x'));
+    EXPECT_FALSE(client.Readable(50));
+    client.Send("x");
+    EXPECT_EQ(client.Receive(1), "\x13");
+    server.SetCover(false);
+    EXPECT_EQ(client.Receive(1), "\x11");
+    server.Say({0x10, 0x0F});
+    EXPECT_EQ(client.Receive(2), "\x10\x0F");
 }
 
 TEST(Server, ServesTheDisplayOnItsOwnLine)

@@ -1,4 +1,5 @@
-// A printer with its cover open, without paper, or jammed: what it says, what it keeps, what it throws away.
+// A printer with its cover open, without paper, jammed, busy or without power: what it says, what it keeps, what it
+// throws away.
 
 #include <gtest/gtest.h>
 
@@ -75,11 +76,20 @@ TEST(Stopped, TakesNoMoreThanItsBuffer)
 {
     VirtualPrinter printer("TALIS");
     printer.SetPaper(PaperState::kOut);
-    printer.Feed(std::string(VirtualPrinter::kStoppedBuffer - 10, 'x'));
+    printer.Feed(std::string(FindModel("TALIS")->buffer - 10, 'x'));
     EXPECT_EQ(printer.Room(), 10U);
     printer.Feed("\x1B*b200W0123");  // an unfinished command takes room too
     EXPECT_EQ(printer.Room(), 0U);
     EXPECT_EQ(printer.All<Overrun>(), std::vector<Overrun>{{1}});
+    VirtualPrinter small("TALIS", {.buffer = 20});
+    small.Feed("a row that is longer than the buffer goes through a printer that runs\n");
+    small.SetCover(true);
+    small.Feed("twenty and some more\n");
+    EXPECT_EQ(small.Room(), 0U);
+    small.SetCover(false);
+    EXPECT_EQ(small.Room(), 20U);
+    small.Feed("\n");
+    EXPECT_EQ(small.Lines().back(), "twenty and some more");
 }
 
 TEST(Stopped, CancelThrowsAwayWhatWaits)
@@ -119,6 +129,91 @@ TEST(Stopped, ACommandCutShortCanBeGivenUp)
     EXPECT_TRUE(printer.All<StatusQuery>().empty());
     EXPECT_TRUE(printer.All<Cancelled>().empty());
     EXPECT_EQ(printer.All<RasterImage>().at(0).rows.at(0), (Bytes{0x18, 0x10, 0x04, 0x14, 0x10, 0x05, 0x02}));
+}
+
+// 32 dots a line at 8 dots a millimetre: 40 ms at 100 mm/s.
+TEST(Busy, PrintsAsFastAsThePaperMoves)
+{
+    using std::chrono::milliseconds;
+    const VirtualPrinter::Clock::time_point start{std::chrono::hours(1)};
+    VirtualPrinter printer("TALIS", {.speed = 100});
+    printer.GoOn(start);
+    EXPECT_EQ(printer.Feed("one\ntwo\nthree\n\x10\x04\x01\x1DI\x01"), Bytes{0x12});
+    EXPECT_EQ(printer.Lines(), Strings{"one"});
+    EXPECT_EQ(printer.State().waitingBytes, 4U + 6 + 3);
+    EXPECT_EQ(printer.Room(), FindModel("TALIS")->buffer - 13);
+    EXPECT_EQ(printer.Due(), start + milliseconds(40));
+    printer.GoOn(start + milliseconds(79));
+    EXPECT_EQ(printer.Lines(), (Strings{"one", "two"}));
+    // A recovery is for a printer that has stopped: it does not take away what this one is about to print.
+    printer.Feed("\x10\x05\x02");
+    printer.SetCover(true);
+    printer.GoOn(start + milliseconds(1000));
+    EXPECT_EQ(printer.Lines().size(), 2U);
+    printer.SetCover(false);
+    EXPECT_EQ(printer.Lines().back(), "three");
+    EXPECT_EQ(printer.Feed(""), Bytes{0x5F});
+    EXPECT_EQ(printer.Due(), start + milliseconds(1040));
+    printer.SetSpeed(0);
+    EXPECT_EQ(printer.Due(), std::nullopt);
+}
+
+TEST(Power, WhatIsNotOnPaperIsLostAndCounted)
+{
+    VirtualPrinter printer("VELA PC", {.speed = 1});
+    printer.Feed("\x1B!\x08paper\n");
+    printer.SetPower(false);
+    EXPECT_EQ(printer.All<PowerOff>().back(), (PowerOff{9, 0, 9}));
+    EXPECT_TRUE(printer.Feed("\x10\x04\x01missed").empty());
+    printer.SetPower(true);
+    EXPECT_EQ(printer.All<PowerOn>(), std::vector<PowerOn>{{9}});
+    // A line that waits, and requests answered at once among what is lost.
+    printer.Feed("plain\nwaits\n\x10\x04\x01\x1B*b9W12");
+    EXPECT_EQ(printer.All<TextLine>().back().runs.at(0).style, Style{}) << "the settings are the usual ones again";
+    printer.SetPower(false);
+    EXPECT_EQ(printer.All<PowerOff>().back(), (PowerOff{9 + 6, 6 + 7, 9 + 6 + 6 + 3 + 7}));
+    printer.SetPower(true);
+    // An unfinished line with what is set in it, and nothing of what was done before it.
+    printer.SetSpeed(0);
+    printer.Feed("\n\x1B!\x08half \x1B!\x02way");
+    const uint64_t all = printer.Received();
+    printer.SetPower(false);
+    EXPECT_EQ(printer.All<PowerOff>().back(), (PowerOff{all - 11, 11, all}));
+    printer.SetPower(true);
+    EXPECT_EQ(printer.Feed("\x1DI\x01"), Bytes{0xFF});
+    printer.Feed("after\n");
+    EXPECT_EQ(printer.Lines(), (Strings{"paper", "plain", "", "after"}));
+}
+
+TEST(Power, TheLinkMayAlsoBringHalfAnAnswer)
+{
+    VirtualPrinter printer("TALIS");
+    printer.HalveAnswers(2);
+    EXPECT_EQ(printer.Feed("\x10\x04\x14\x10\x04\x01"), (Bytes{0x10, 0x0F, 0x00}));
+    EXPECT_EQ(printer.Feed(kFull).size(), 6U);
+}
+
+// No stream of bytes makes it keep more and more.
+TEST(Memory, StaysWithinBounds)
+{
+    VirtualPrinter printer("TALIS");
+    printer.Feed("\x1Bt\x14" + std::string(5000, '\xD1'));  // Thai vowels that stand above: they take no room
+    EXPECT_EQ(printer.Lines().size(), 4U);
+    VirtualPrinter wide("OSTRA");
+    wide.Feed("\x1B*b2M");
+    std::string row = "\x1B*b96W";
+    for (int i = 0; i < 32; ++i)
+        row += std::string(2, static_cast<char>(i % 2 + 1)) + "\xFF";
+    for (int i = 0; i < 2000; ++i)
+        wide.Feed(row);
+    wide.Feed("\x1B*rB");
+    const RasterImage image = wide.All<RasterImage>().at(0);
+    std::size_t kept = 0;
+    for (const Bytes& one : image.rows)
+        kept += one.size();
+    EXPECT_GT(kept, 4U << 20U);
+    EXPECT_LE(kept, 8U << 20U);
+    EXPECT_EQ(image.height, 2000);
 }
 
 TEST(Stopped, ACommandCutShortGoesOnWhenItIsNotGivenUp)

@@ -2,6 +2,7 @@
 
 // What a virtual printer reports: one value for each thing that happened, in the order in which it happened.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <variant>
@@ -41,6 +42,11 @@ struct TextLine {
 struct Cut {
     bool full = true;
     friend bool operator==(const Cut&, const Cut&) = default;
+};
+
+// The operator tore the paper off.
+struct Torn {
+    friend bool operator==(const Torn&, const Torn&) = default;
 };
 
 // GS e: the ticket is presented (3, with a number of steps) or ejected (5).
@@ -131,7 +137,7 @@ struct Unknown {
     friend bool operator==(const Unknown&, const Unknown&) = default;
 };
 
-// Bytes fed to a stopped printer beyond what its buffer takes; a link stops reading before that.
+// Bytes fed to the printer beyond what its buffer takes; a link stops reading before that.
 struct Overrun {
     int bytes = 0;
     friend bool operator==(const Overrun&, const Overrun&) = default;
@@ -142,11 +148,25 @@ struct Connected {
 };
 
 struct Disconnected {
+    std::size_t unread = 0;  // bytes that had arrived at the printer's end of the link and that it never took
     friend bool operator==(const Disconnected&, const Disconnected&) = default;
 };
 
-using Happening =
-    std::variant<TextLine, Cut, PresenterMove, MarkFeed, DrawerPulse, StatusQuery, IdentityQuery, RasterImage, Barcode,
-                 DisplayContent, Initialised, StartUp, Cancelled, Unknown, Overrun, Connected, Disconnected>;
+// The power went: what the printer had taken from the link and not printed is lost.
+struct PowerOff {
+    uint64_t from = 0;      // where in the stream received since the start what is lost begins
+    std::size_t lost = 0;   // bytes; requests answered at once are not among them
+    uint64_t received = 0;  // in all
+    friend bool operator==(const PowerOff&, const PowerOff&) = default;
+};
+
+struct PowerOn {
+    std::size_t missed = 0;  // bytes that came over a line while the power was off; they do not count as received
+    friend bool operator==(const PowerOn&, const PowerOn&) = default;
+};
+
+using Happening = std::variant<TextLine, Cut, Torn, PresenterMove, MarkFeed, DrawerPulse, StatusQuery, IdentityQuery,
+                               RasterImage, Barcode, DisplayContent, Initialised, StartUp, Cancelled, Unknown, Overrun,
+                               Connected, Disconnected, PowerOff, PowerOn>;
 
 }  // namespace marbex::virtual_printer

@@ -21,6 +21,7 @@ struct Model {
     uint16_t wideDots = 0;  // printable width of the wide mechanism, 0 when there is none; such a printer can be asked
     bool tellsPrinting = false;  // the full status tells whether a picture is still being printed, and a paper jam
     bool takesStartUp = false;   // understands FS < name >
+    uint32_t buffer = 4096;      // bytes taken from the link before they are printed
 };
 
 // The eighteen models, in the order of their indices.

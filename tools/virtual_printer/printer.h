@@ -10,18 +10,23 @@
 //
 // A stream may be fed in pieces cut anywhere; what happens does not depend on the cuts.
 //
-// A stopped printer (cover open, paper out, paper jam) still answers real-time requests and does whatever needs no
-// paper as long as nothing waits before it. From the first command that needs paper on it keeps what comes, up to
-// kStoppedBuffer bytes, and goes on with it when the cause is gone. CAN and DLE ENQ 2 throw the kept bytes away. A
-// command whose bytes were cut short by the stop can be given up too: inside such a command real-time requests are
-// recognised, and CAN when DLE EOT follows it directly, as nowhere else inside raster or barcode data.
+// A printer that is stopped (cover open, paper out, paper jam) or busy moving the paper still answers real-time
+// requests and does whatever needs no paper as long as nothing waits before it. From the first command that needs paper
+// on what comes waits in the receive buffer, and is printed when the cause is gone. While the printer is stopped, CAN
+// and DLE ENQ 2 throw away what waits. A command whose bytes were cut short by the stop can be given up too: inside
+// such a command real-time requests are recognised, and CAN when DLE EOT follows it directly, as nowhere else inside
+// raster or barcode data.
+//
+// Time passes when GoOn says so. It matters to a printer with a speed only: without one the paper moves in no time.
 //
 // Not safe for several threads; PrinterServer (server.h) puts one behind a link and a lock.
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,7 +34,7 @@
 
 #include "virtual_printer/happenings.h"
 #include "virtual_printer/models.h"
-#include "virtual_printer/paper.h"
+#include "virtual_printer/paper/paper.h"
 
 namespace marbex::virtual_printer {
 
@@ -38,6 +43,8 @@ enum class PaperState : uint8_t { kOk, kLow, kOut };
 struct PrinterOptions {
     bool wide = false;      // DORIN: the wide mechanism
     uint16_t identity = 0;  // another identifier of the same model; 0: the model's usual one
+    uint32_t buffer = 0;    // bytes of the receive buffer; 0: as many as the model has
+    uint32_t speed = 0;     // of the paper, in millimetres a second; 0: no limit
 };
 
 struct PrinterState {
@@ -46,15 +53,23 @@ struct PrinterState {
     bool jammed = false;
     bool mute = false;
     bool stopped = false;
+    bool on = true;             // the power
+    bool drawerSignal = false;  // the sensor pin of the drawer connector is high
+    bool printingHeld = false;
+    uint32_t speed = 0;            // of the paper, in millimetres a second; 0: no limit
     std::size_t waitingBytes = 0;  // of commands kept until the printer goes on
+    uint64_t received = 0;         // bytes since the beginning
 };
+
+class Engine;
+struct Command;
 
 class VirtualPrinter {
 public:
     using Observer = std::function<void(const VirtualPrinter&, const Happening&)>;
-    using Copy = std::function<void(std::span<const uint8_t> command)>;
-
-    static constexpr std::size_t kStoppedBuffer = 4096;
+    using Copy = std::function<void(std::span<const uint8_t> bytes)>;
+    using Witness = std::function<void(const VirtualPrinter&, const Command&, std::string_view characters)>;
+    using Clock = std::chrono::steady_clock;
 
     // Throws std::invalid_argument when no model has that name.
     explicit VirtualPrinter(std::string_view modelName, PrinterOptions options = {});
@@ -67,8 +82,14 @@ public:
     // Takes bytes from the printer's link; the bytes that the printer answers.
     Bytes Feed(std::span<const uint8_t> bytes);
     Bytes Feed(std::string_view bytes);
-    // How many bytes a stopped printer still takes; no limit while it runs.
+    // How many bytes the printer takes now. A command that is coming in fills the buffer only when it has to wait.
     std::size_t Room() const;
+    std::size_t BufferSize() const;
+    uint64_t Received() const;  // bytes taken from the link since the beginning
+    // It is that late now: prints what has been waiting for the paper to move.
+    void GoOn(Clock::time_point now);
+    // When it wants to go on; nothing while no paper moves.
+    std::optional<Clock::time_point> Due() const;
     // The bytes of the line of the display, on the model whose display has one of its own.
     void FeedDisplay(std::span<const uint8_t> bytes);
     // The link was lost: an unfinished command is reported and forgotten.
@@ -77,9 +98,14 @@ public:
     void SetCover(bool open);
     void SetPaper(PaperState state);
     void SetJam(bool jammed);         // models with a jam sensor
+    void TearOff();                   // the paper that has come out; a new piece begins
     void SetMute(bool mute);          // takes bytes, answers nothing
     void SetDrawerSignal(bool high);  // the sensor pin of the drawer connector
     void SetPrintingHeld(bool held);  // BRISA-HD: "still printing" for as long as it is held
+    void SetSpeed(uint32_t millimetresPerSecond);
+    // Off: what is not on paper is lost, and every setting; bytes that come are not heard.
+    void SetPower(bool on);
+    void HalveAnswers(unsigned count);  // of the next answers the second half is never sent
     PrinterState State() const;
 
     // Everything that happened since the beginning, or since the list was last taken.
@@ -91,6 +117,11 @@ public:
     // Told the bytes of every whole command as it comes in, its data included: all that was sent but real-time
     // requests, which come whenever the sender looks at the status, and what is never finished.
     void CopyCommands(Copy copy);
+    // Told every byte that is received.
+    void CopyReceived(Copy copy);
+    // Told every command of the printer's line when it has been done, after what happened by it, and the characters
+    // (UTF-8) that it put into the line or onto the display.
+    void Watch(Witness witness);
 
     template <class T>
     std::vector<T> All() const
@@ -110,8 +141,7 @@ public:
     const Paper& GetPaper() const;
 
 private:
-    class Impl;
-    std::unique_ptr<Impl> impl_;
+    std::unique_ptr<Engine> engine_;
 };
 
 }  // namespace marbex::virtual_printer

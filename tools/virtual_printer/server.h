@@ -23,15 +23,27 @@ struct LinkOptions {
     uint32_t bytesPerSecond = 0;     // the pace of the link; 0: as fast as it goes
     int receiveBuffer = 0;       // TCP: bytes that the system keeps for a printer that does not read; 0: its default
     bool displaySerial = false;  // also a pseudo-terminal for the display's own line
+    bool xonXoff = false;        // serial: a printer whose buffer is filling up holds the sender by XOFF
+    // Serial: a symbolic link to make, which leads to the terminal. The terminal is then open at the till's end only,
+    // so that the printer notices whether a till is there, and can be lost like an adapter that is unplugged: Drop,
+    // Refuse and the power hang it up and, when the line is to be had again, lead the link to another one.
+    std::string terminalLink;
 };
 
-// All operations may be called from any thread, but not by an observer. Refuse(false) throws std::system_error when the
-// place it listened on has been taken meanwhile.
+// All operations may be called from any thread, but not by an observer or a copy. Refuse(false) throws
+// std::system_error when the place it listened on has been taken meanwhile.
 class PrinterServer {
 public:
+    // Who is told the bytes of whole commands, every byte received, and each command when it has been done.
+    struct Copies {
+        VirtualPrinter::Copy commands;
+        VirtualPrinter::Copy received;
+        VirtualPrinter::Witness done;  // what was done with each command
+    };
+
     // Throws std::invalid_argument for an unknown model, std::system_error when the link cannot be set up.
     PrinterServer(std::string_view model, const LinkOptions& link, PrinterOptions options = {},
-                  VirtualPrinter::Observer observer = {}, VirtualPrinter::Copy copy = {});
+                  VirtualPrinter::Observer observer = {}, Copies copies = {});
     ~PrinterServer();
     PrinterServer(const PrinterServer&) = delete;
     PrinterServer& operator=(const PrinterServer&) = delete;
@@ -40,16 +52,32 @@ public:
     std::string SerialPath() const;   // serial: the terminal that the other side opens
     std::string DisplayPath() const;  // the display's terminal
 
-    // The next three have taken effect when they return.
-    void Drop();                         // resets the connection; a serial line has none
-    void Refuse(bool refuse);            // stops accepting connections, or accepts them again; an open one stays
-    void Slow(uint32_t bytesPerSecond);  // 0: as fast as it goes
+    // Off: what is not on paper is lost, and so is the link; it is refused as long as the power stays off.
+    void SetPower(bool on);
+    void PowerCycle(std::chrono::milliseconds off);  // off at once, on again after that time
+    // The next five have taken effect when they return.
+    void Drop();               // resets the connection; a plain serial line has none
+    void Refuse(bool refuse);  // stops accepting connections, or accepts them again; an open one stays
+    void RefuseFor(std::chrono::milliseconds time);  // drops and refuses, and accepts again after that time
+    void Slow(uint32_t bytesPerSecond);              // 0: as fast as it goes
+    void Say(const Bytes& bytes);                    // sends what nobody has asked for
+    // Does something when so many bytes have been received since the start, before the next one is: it may call what
+    // is declared here. Throws std::out_of_range when more have been received already.
+    void At(uint64_t received, std::function<void()> action);
     void SetMute(bool mute);
     void SetCover(bool open);
     void SetPaper(PaperState state);
     void SetJam(bool jammed);
     void SetDrawerSignal(bool high);
     void SetPrintingHeld(bool held);
+    void SetSpeed(uint32_t millimetresPerSecond);
+    void HalveAnswers(unsigned count);
+
+    struct LinkState {
+        bool refusing = false;
+        uint32_t bytesPerSecond = 0;  // 0: no limit
+    };
+    LinkState GetLinkState();
 
     // Takes in what a till has sent by now, as far as the printer takes it and the pace of the link has let it through.
     void TakeWhatHasArrived();

@@ -6,10 +6,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace marbex::virtual_printer {
+namespace {
+
+constexpr std::size_t kLongestLine = 65536;
+
+}  // namespace
 
 CommandInput::CommandInput()
 {
@@ -27,14 +33,15 @@ CommandInput::CommandInput()
 std::optional<std::string> CommandInput::NextLine()
 {
     for (;;) {
-        const std::size_t end = text_.find('\n');
-        if (end != std::string::npos) {
+        const std::size_t end = std::min(text_.find('\n'), atEnd_ ? text_.size() : std::string::npos);
+        if (end != std::string::npos && !text_.empty()) {
             std::string line = text_.substr(0, end);
             text_.erase(0, end + 1);
-            return line;
+            return std::exchange(tooLong_, false) ? "(a line that is too long)" : line;
         }
-        if (atEnd_ && !text_.empty()) {
-            return std::exchange(text_, {});
+        if (text_.size() > kLongestLine) {
+            tooLong_ = true;
+            text_.clear();
         }
         if (atEnd_ && endsWithInput_) {
             return std::nullopt;

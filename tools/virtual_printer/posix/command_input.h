@@ -21,6 +21,7 @@ private:
 
     Descriptor signals_;
     std::string text_;
+    bool tooLong_ = false;  // the beginning of the line has been thrown away
     bool atEnd_ = false;
     bool endsWithInput_ = false;
 };

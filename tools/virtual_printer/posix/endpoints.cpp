@@ -75,7 +75,7 @@ Descriptor ListenUnix(const std::string& path)
     return socket;
 }
 
-PseudoTerminal OpenPseudoTerminal()
+PseudoTerminal OpenPseudoTerminal(bool keepOpen)
 {
     PseudoTerminal terminal;
     terminal.master = Descriptor(::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
@@ -96,7 +96,19 @@ PseudoTerminal OpenPseudoTerminal()
     if (::tcsetattr(terminal.keptOpen.Get(), TCSANOW, &settings) != 0) {
         Fail("tcsetattr " + terminal.path);
     }
+    if (!keepOpen) {
+        terminal.keptOpen.Close();
+    }
     return terminal;
+}
+
+void LeadLinkTo(const std::string& target, const std::string& link)
+{
+    const std::string made = link + ".new";
+    ::unlink(made.c_str());
+    if (::symlink(target.c_str(), made.c_str()) != 0 || ::rename(made.c_str(), link.c_str()) != 0) {
+        Fail("link " + link);
+    }
 }
 
 void ResetOnClose(const Descriptor& connection)

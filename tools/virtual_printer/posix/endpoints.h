@@ -15,13 +15,17 @@ Descriptor ListenTcp(const std::string& host, uint16_t& port, int receiveBuffer)
 // A listening unix stream socket; an old socket of that path is replaced.
 Descriptor ListenUnix(const std::string& path);
 
-// A pseudo-terminal in raw mode. The other side stays open here too, so that a client may come and go.
+// A pseudo-terminal in raw mode.
 struct PseudoTerminal {
     Descriptor master;
-    Descriptor keptOpen;
-    std::string path;  // what a client opens
+    Descriptor keptOpen;  // the client's side
+    std::string path;     // what a client opens
 };
-PseudoTerminal OpenPseudoTerminal();
+// keepOpen: the client's side stays open here, so that a client may come and go and finds it in raw mode. Else it is as
+// a system leaves a terminal that nobody has open, and the master tells whether somebody has.
+PseudoTerminal OpenPseudoTerminal(bool keepOpen = true);
+// Makes, or moves, a symbolic link.
+void LeadLinkTo(const std::string& target, const std::string& link);
 
 // Makes the close of a TCP connection a reset.
 void ResetOnClose(const Descriptor& connection);

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <limits>
 
 namespace marbex::virtual_printer {
 namespace {
@@ -17,7 +16,9 @@ constexpr std::size_t kReadSize = 16384;
 constexpr std::size_t kMostUnsent = 65536;  // answers that nobody fetches
 constexpr double kBurstSeconds = 0.02;      // how much a paced line may catch up at once
 constexpr int kMomentMs = 20;
-constexpr int kFullTickMs = 100;  // how often a printer that does not read looks whether its peer has gone
+constexpr int kFullTickMs = 100;   // how often a printer that does not read looks whether its peer has gone
+constexpr int kAbsentTickMs = 10;  // how often a printer looks whether a till has opened its terminal
+constexpr std::size_t kMostUnread = 1U << 20U;
 
 bool Ready(int fd, short events)
 {
@@ -28,9 +29,14 @@ bool Ready(int fd, short events)
 }  // namespace
 
 PrinterLink::PrinterLink(const LinkOptions& options)
-    : options_(options), serial_(options.kind == LinkOptions::Kind::kSerial), port_(options.port)
+    : options_(options),
+      serial_(options.kind == LinkOptions::Kind::kSerial),
+      adapter_(serial_ && !options.terminalLink.empty()),
+      port_(options.port)
 {
-    if (serial_) {
+    if (adapter_) {
+        PlugIn();
+    } else if (serial_) {
         terminal_ = OpenPseudoTerminal();
     } else {
         Listen();
@@ -46,20 +52,60 @@ PrinterLink::~PrinterLink()
     if (options_.kind == LinkOptions::Kind::kUsb) {
         ::unlink(options_.socketPath.c_str());
     }
+    if (adapter_) {
+        ::unlink(options_.terminalLink.c_str());
+    }
 }
 
 void PrinterLink::Listen()
 {
-    listener_ = options_.kind == LinkOptions::Kind::kUsb ? ListenUnix(options_.socketPath)
-                                                         : ListenTcp(options_.host, port_, options_.receiveBuffer);
+    if (options_.kind == LinkOptions::Kind::kUsb) {
+        listener_ = ListenUnix(options_.socketPath);
+        return;
+    }
+    uint16_t port = port_.load();
+    listener_ = ListenTcp(options_.host, port, options_.receiveBuffer);
+    port_ = port;
+}
+
+void PrinterLink::PlugIn()
+{
+    if (!terminal_.master.Open()) {
+        terminal_ = OpenPseudoTerminal(false);
+    }
+    LeadLinkTo(terminal_.path, options_.terminalLink);
+}
+
+bool PrinterLink::Connected() const
+{
+    return adapter_ ? tillThere_ : Line().Open();
+}
+
+// A till that has come, or has come and gone and left something to read.
+bool PrinterLink::TillCame() const
+{
+    pollfd one{terminal_.master.Get(), POLLIN, 0};
+    return ::poll(&one, 1, 0) == 0 || (one.revents & POLLHUP) == 0 || (one.revents & POLLIN) != 0;
 }
 
 void PrinterLink::Refuse(bool refuse)
 {
-    if (refuse) {
+    refused_ = refuse;
+    if (adapter_ && refuse) {
+        ::unlink(options_.terminalLink.c_str());
+    } else if (adapter_) {
+        PlugIn();
+    } else if (refuse) {
         listener_.Close();
     } else if (!serial_ && !listener_.Open()) {
         Listen();
+    }
+}
+
+void PrinterLink::Vanish()
+{
+    if (options_.kind == LinkOptions::Kind::kUsb) {
+        ::unlink(options_.socketPath.c_str());
     }
 }
 
@@ -82,11 +128,6 @@ std::size_t PrinterLink::Allowance()
     return static_cast<std::size_t>(credit_);
 }
 
-PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd)
-{
-    return Wait(room, wakeFd, std::numeric_limits<int>::max());
-}
-
 PrinterLink::Outcome PrinterLink::WaitAMoment(std::size_t room)
 {
     return Wait(room, -1, kMomentMs);
@@ -95,7 +136,7 @@ PrinterLink::Outcome PrinterLink::WaitAMoment(std::size_t room)
 PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd, int longestMs)
 {
     const std::size_t most = std::min({room, Allowance(), kReadSize});
-    const bool open = Line().Open();
+    const bool open = Connected();
     std::array<pollfd, 4> fds{};
     fds[0] = {wakeFd, POLLIN, 0};
     // A negative descriptor is skipped by poll.
@@ -108,6 +149,8 @@ PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd, int longest
         timeout = std::min(longestMs, kFullTickMs);
     } else if (open && most == 0) {
         timeout = std::min(longestMs, 1 + static_cast<int>((1.0 - credit_) * 1000 / pace_));
+    } else if (adapter_ && !open && terminal_.master.Open()) {
+        timeout = std::min(longestMs, kAbsentTickMs);
     }
     if (::poll(fds.data(), fds.size(), timeout) < 0) {
         return {};
@@ -125,6 +168,11 @@ PrinterLink::Outcome PrinterLink::Wait(std::size_t room, int wakeFd, int longest
     }
     if (fds[1].revents != 0) {
         return Accept();
+    }
+    if (adapter_ && !open && terminal_.master.Open() && TillCame()) {
+        tillThere_ = true;
+        unsent_.clear();
+        return {Event::kConnected, {}};
     }
     if (most > 0 && (fds[2].revents & (POLLIN | POLLHUP | POLLERR)) != 0) {
         return Read(most);
@@ -164,10 +212,14 @@ PrinterLink::Outcome PrinterLink::Read(std::size_t most)
         bytes.resize(static_cast<std::size_t>(count));
         return {Event::kBytes, std::move(bytes)};
     }
-    if (serial_ || (count < 0 && (errno == EAGAIN || errno == EINTR))) {
+    if ((serial_ && !adapter_) || (count < 0 && (errno == EAGAIN || errno == EINTR))) {
         return {};
     }
     connection_.Close();
+    if (adapter_) {
+        // A closed port keeps nothing for whoever opens it next: no input, no exclusive use. This terminal would.
+        Unplug();
+    }
     return {Event::kDisconnected, {}};
 }
 
@@ -189,7 +241,7 @@ void PrinterLink::Send(const Bytes& bytes)
 
 void PrinterLink::Flush()
 {
-    while (!unsent_.empty() && Line().Open()) {
+    while (!unsent_.empty() && Connected()) {
         const ssize_t count = serial_ ? ::write(Line().Get(), unsent_.data(), unsent_.size())
                                       : ::send(Line().Get(), unsent_.data(), unsent_.size(), MSG_NOSIGNAL);
         if (count < 0 && errno != EAGAIN && errno != EINTR) {
@@ -202,14 +254,43 @@ void PrinterLink::Flush()
     }
 }
 
-bool PrinterLink::Drop()
+// Takes what has arrived off the line, to see how much it is.
+std::size_t PrinterLink::TakeUnread()
 {
-    if (!connection_.Open()) {
-        return false;
+    Bytes bytes(kReadSize);
+    std::size_t all = 0;
+    while (all < kMostUnread) {
+        const ssize_t count = ::read(Line().Get(), bytes.data(), bytes.size());
+        if (count <= 0) {
+            break;
+        }
+        all += static_cast<std::size_t>(count);
     }
-    ResetOnClose(connection_);
-    connection_.Close();
-    return true;
+    return all;
+}
+
+std::optional<std::size_t> PrinterLink::Drop()
+{
+    const bool connected = Connected() && (!serial_ || adapter_);
+    const std::size_t unread = connected ? TakeUnread() : 0;
+    if (adapter_) {
+        Unplug();
+    } else if (connected) {
+        ResetOnClose(connection_);
+        connection_.Close();
+    }
+    return connected ? std::optional(unread) : std::nullopt;
+}
+
+// Hangs the terminal up. There is another one at once, unless the line is refused.
+void PrinterLink::Unplug()
+{
+    ::unlink(options_.terminalLink.c_str());
+    terminal_ = {};
+    tillThere_ = false;
+    if (!refused_) {
+        PlugIn();
+    }
 }
 
 }  // namespace marbex::virtual_printer

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "virtual_printer/posix/endpoints.h"
@@ -17,11 +19,12 @@ public:
     PrinterLink(const PrinterLink&) = delete;
     PrinterLink& operator=(const PrinterLink&) = delete;
 
-    uint16_t Port() const { return port_; }
-    const std::string& TerminalPath() const { return terminal_.path; }
+    uint16_t Port() const { return port_.load(); }
+    const std::string& TerminalPath() const { return adapter_ ? options_.terminalLink : terminal_.path; }
     const std::string& DisplayPath() const { return display_.path; }
 
     void Refuse(bool refuse);
+    void Vanish();  // a refused USB device node: not even its name is there
     void SetPace(uint32_t bytesPerSecond);
 
     enum class Event : uint8_t { kNothing, kConnected, kBytes, kDisplayBytes, kDisconnected };
@@ -29,19 +32,24 @@ public:
         Event event = Event::kNothing;
         Bytes bytes;
     };
-    // Waits for the next thing to happen on the link, or for a byte on wakeFd (which it takes). room: the bytes that
-    // the printer takes.
-    Outcome Wait(std::size_t room, int wakeFd);
+    // Waits for the next thing to happen on the link, or for a byte on wakeFd (which it takes), so many milliseconds at
+    // most. room: the bytes that the printer takes.
+    Outcome Wait(std::size_t room, int wakeFd, int longestMs);
     // Nothing when nothing has happened within a moment, or the pace of the line has to be waited for.
     Outcome WaitAMoment(std::size_t room);
     void Send(const Bytes& bytes);
-    bool Drop();  // false: there was no connection
+    // Resets the connection. How many bytes were under way in it; nothing when there was none.
+    std::optional<std::size_t> Drop();
 
 private:
     using Clock = std::chrono::steady_clock;
     const Descriptor& Line() const { return serial_ ? terminal_.master : connection_; }
+    bool Connected() const;
     void Listen();
-    Outcome Wait(std::size_t room, int wakeFd, int longestMs);
+    void PlugIn();
+    void Unplug();
+    bool TillCame() const;
+    std::size_t TakeUnread();
     Outcome Accept();
     Outcome Read(std::size_t most);
     Outcome ReadDisplay();
@@ -51,7 +59,10 @@ private:
 
     LinkOptions options_;
     bool serial_;
-    uint16_t port_ = 0;
+    bool adapter_;  // a serial line that can be lost
+    bool refused_ = false;
+    bool tillThere_ = false;  // somebody has the adapter's terminal open
+    std::atomic<uint16_t> port_ = 0;
     Descriptor listener_;
     Descriptor connection_;
     PseudoTerminal terminal_;
