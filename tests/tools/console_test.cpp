@@ -1,8 +1,10 @@
-#include "marbex_opos/console.h"
+#include "marbex_opos/console/console.h"
 
 #include <gtest/gtest.h>
 
-#include "marbex_opos/registered_server.h"
+#include <algorithm>
+
+#include "marbex_opos/session/registered_server.h"
 
 namespace marbex::tools {
 namespace {
@@ -19,7 +21,8 @@ protected:
     }
 
     std::vector<std::string> lines_;
-    Console console_{FAKE_SERVER_PATH, false, [this](std::string_view line) { lines_.emplace_back(line); }};
+    const std::function<void(std::string_view)> print_ = [this](std::string_view line) { lines_.emplace_back(line); };
+    Console console_{FAKE_SERVER_PATH, {}, print_};
 };
 
 using Lines = std::vector<std::string>;
@@ -65,19 +68,64 @@ TEST_F(ConsoleTest, NumbersTheLinesOfWhatWentWrongAndGoesOn)
                      "? line 4: SetLogo: the server does not know the name (0x80020006)",
                      "? line 5: LineDisplay cannot be created: the server does not offer the class (0x80040111)",
                      "? line 6: no method PrintNormol", "=", "= 0"}));
-    EXPECT_TRUE(console_.HasQuit());
+    EXPECT_TRUE(console_.HasEnded());
     EXPECT_EQ(console_.ExitStatus(), 2);
 }
 
-TEST(Console, SaysWhyThereIsNoServer)
+TEST_F(ConsoleTest, IsATestOfResultsAndEvents)
 {
-    std::vector<std::string> lines;
-    const auto print = [&lines](std::string_view line) { lines.emplace_back(line); };
-    Console missing("/nowhere/server.so", true, print);
-    missing.Execute("POSPrinter.State");
-    ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(lines[0], "> POSPrinter.State");
-    EXPECT_EQ(lines[1].rfind("? line 1: POSPrinter cannot be created: /nowhere/server.so: ", 0), 0U) << lines[1];
+    EXPECT_EQ(Run({R"(POSPrinter.OpenService("POSPrinter", "Till1") == 0)", "POSPrinter.CutPaper(100) == 0 or 99"}),
+              (Lines{"= 0", "! ErrorEvent POSPrinter 114 201 1 99", "= 99"}));
+    EXPECT_EQ(console_.ExitStatus(), 0);
+    EXPECT_EQ(Run({"POSPrinter.ResultCode == 0 or OPOS_E_BUSY", "POSPrinter.DeviceName == \"a\"",
+                   "POSPrinter.DeviceName == null", "POSPrinter.SetPropertyNumber(1, 2) == 0",
+                   "POSPrinter.GetPropertyNumber(9) == OPOS_S_IDLE", "require OutputCompleteEvent 1", "require any 0"}),
+              (Lines{"= 6", "? line 3: 6, expected 0 or 113 (OPOS_E_BUSY)", "= null", "? line 4: null, expected \"a\"",
+                     "= null", "=", "? line 6: no result, expected 0", "= 9", "? line 7: 9, expected 2 (OPOS_S_IDLE)",
+                     "= 1", "? line 8: no OutputCompleteEvent within 1 ms", "= 0"}));
+    EXPECT_EQ(console_.ExitStatus(), 2);
+    EXPECT_FALSE(console_.HasEnded());
+}
+
+TEST_F(ConsoleTest, NamesNumbersByWhatTheyAreTheResultOf)
+{
+    Console named(FAKE_SERVER_PATH, {.names = true}, print_);
+    named.Execute(R"(POSPrinter.OpenService("POSPrinter", "Till1"))");
+    named.Execute("answer clear");
+    named.Execute("POSPrinter.CutPaper(100)");
+    named.Execute(R"(POSPrinter.PrintNormal(11, "a"))");
+    named.Execute(R"(POSPrinter.PrintNormal(102, "a"))");
+    named.Execute("wait 0");
+    named.Execute("POSPrinter.GetPropertyNumber(9)");
+    named.Execute(R"(POSPrinter.DirectIO(101, 102, ""))");
+    EXPECT_EQ(lines_,
+              (Lines{"= 0", "=", "! ErrorEvent POSPrinter 114 (OPOS_E_EXTENDED) 201 (OPOS_EPTR_COVER_OPEN) 1 12",
+                     "= 12", "= 0", "= 0", "! StatusUpdateEvent POSPrinter 11 (PTR_SUE_COVER_OPEN)",
+                     "! StatusUpdateEvent POSPrinter 102", "=", "= 9", R"(= 0 &103 &"\x1B\"\\é\x85")"}));
+}
+
+TEST_F(ConsoleTest, HelpsWithWhatCanBeCalled)
+{
+    EXPECT_EQ(Run({"help POSPrinter.OpenService", "help POSPrinter.State", "help CashDrawer.CheckHealthText"}),
+              (Lines{"OpenService(string DeviceClass, string DeviceName)",
+                     "State  number: OPOS_S_CLOSED, OPOS_S_IDLE, OPOS_S_BUSY, OPOS_S_ERROR", "CheckHealthText  text"}));
+    const Lines all = Run({"help POSPrinter"});
+    EXPECT_NE(std::ranges::find(all, "CutPaper(long Percentage)"), all.end());
+    EXPECT_NE(std::ranges::find(all, "AsyncMode  number"), all.end());
+    EXPECT_GT(Run({"help"}).size(), 10U);
+    EXPECT_EQ(console_.ExitStatus(), 0);
+}
+
+TEST_F(ConsoleTest, EndsAtTheFirstComplaintWhenToldTo)
+{
+    Console strict("/nowhere/server.so", {.echo = true, .stop = true}, print_);
+    strict.Execute("wait 0");
+    EXPECT_FALSE(strict.HasEnded());
+    strict.Execute("POSPrinter.State");
+    EXPECT_TRUE(strict.HasEnded());
+    ASSERT_EQ(lines_.size(), 4U);
+    EXPECT_EQ(lines_[2], "> POSPrinter.State");
+    EXPECT_TRUE(lines_[3].starts_with("? line 2: POSPrinter cannot be created: /nowhere/server.so: ")) << lines_[3];
 }
 
 TEST(RegisteredServer, ReadsClassIdentifiers)

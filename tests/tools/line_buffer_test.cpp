@@ -1,4 +1,4 @@
-#include "marbex_opos/line_buffer.h"
+#include "marbex_opos/console/line_buffer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,9 @@
-#include "marbex_opos/statement.h"
+#include "marbex_opos/console/statement.h"
 
 #include <gtest/gtest.h>
 
-#include "marbex_opos/completion.h"
+#include "marbex_opos/console/completion.h"
+#include "temp_registry.h"
 
 namespace marbex::tools {
 namespace {
@@ -72,10 +73,21 @@ TEST(Statement, ReadsCallsPropertiesAndTheConsolesOwnStatements)
     EXPECT_EQ(write.property.index, 3);
     EXPECT_TRUE(std::get<bool>(write.value));
 
+    EXPECT_EQ(Parsed<CallMethod>("POSPrinter.CutPaper(100) == 0").allowed, Allowed{0});
+    EXPECT_EQ(Parsed<CallMethod>("POSPrinter.CutPaper(100)==OPOS_E_CLAIMED OR 0x6A or true").allowed,
+              (Allowed{102, 106, 1}));
+    EXPECT_EQ(Parsed<ReadProperty>("POSPrinter.State == OPOS_S_IDLE|1").allowed, Allowed{3});
+    EXPECT_EQ(Parsed<ReadProperty>("POSPrinter.CheckHealthText == null or \"or\"").allowed,
+              (Allowed{NullText{}, std::u16string(u"or")}));
+
     EXPECT_EQ(Parsed<Wait>("wait 250").milliseconds, 250);
     const auto expect = Parsed<Expect>("expect OutputCompleteEvent 3000");
     EXPECT_EQ(expect.event, EventKind::kOutputComplete);
     EXPECT_EQ(expect.milliseconds, 3000);
+    EXPECT_FALSE(expect.isRequired);
+    EXPECT_TRUE(Parsed<Expect>("require any 5").isRequired);
+    EXPECT_FALSE(Parsed<Help>("help").object.has_value());
+    EXPECT_EQ(Parsed<Help>("help posprinter . cutpaper").member, "CutPaper");
     EXPECT_FALSE(Parsed<Expect>("expect any 0").event.has_value());
     EXPECT_EQ(Parsed<Answer>("answer retry").response, 11);
     EXPECT_EQ(Parsed<Answer>("answer clear").response, 12);
@@ -99,6 +111,13 @@ TEST(Statement, SaysWhatItDoesNotUnderstand)
               "wrong number of arguments: OpenService(string DeviceClass, string DeviceName)");
     EXPECT_EQ(Refused("POSPrinter.AsyncMode = \"yes\""), "AsyncMode is a number");
     EXPECT_EQ(Refused("POSPrinter.CheckHealthText = 1"), "CheckHealthText is a text");
+    EXPECT_EQ(Refused("POSPrinter.CheckHealthText == 1"), "CheckHealthText is a text");
+    EXPECT_EQ(Refused("POSPrinter.State == OPOS_S_IDLE or null"), "State is a number");
+    EXPECT_EQ(Refused("POSPrinter.CutPaper(1) =="), "unexpected end of the statement");
+    EXPECT_EQ(Refused("POSPrinter.CutPaper(1) = 0"), "unexpected \"= 0\"");
+    EXPECT_EQ(Refused("POSPrinter.CutPaper(1) == 0 ro 1"), "unexpected \"ro 1\"");
+    EXPECT_EQ(Refused("POSPrinter.State == or"), "no constant or");
+    EXPECT_EQ(Refused("help POSPrinter.Colour"), "no method or property Colour");
     EXPECT_EQ(Refused("POSPrinter.CutPaper(4294967296)"), "the number does not fit 32 bits");
     EXPECT_EQ(Refused("POSPrinter.CutPaper(2147483648)"), "the number does not fit 32 bits");
     EXPECT_EQ(Refused("POSPrinter.CutPaper(99999999999999999999)"), "the number does not fit 32 bits");
@@ -142,18 +161,55 @@ TEST(Statement, KnowsEveryConstantPropertyAndMethod)
     EXPECT_EQ(kinds, (std::vector{ArgumentKind::kLong, ArgumentKind::kLongInOut, ArgumentKind::kTextInOut}));
 }
 
+using Names = std::vector<std::string>;
+
 TEST(Completion, OffersWhatMayFollow)
 {
-    EXPECT_EQ(Complete("POSP").candidates, std::vector<std::string>{"POSPrinter."});
-    EXPECT_EQ(Complete("posprinter.printn").candidates, std::vector<std::string>{"PrintNormal("});
-    EXPECT_EQ(Complete("CashDrawer.Open").candidates, (std::vector<std::string>{"OpenDrawer()", "OpenService("}));
-    EXPECT_EQ(Complete("POSPrinter.CutPaper(PTR_CP").candidates, std::vector<std::string>{"PTR_CP_FULLCUT"});
-    EXPECT_EQ(Complete("expect Out").candidates, std::vector<std::string>{"OutputCompleteEvent"});
-    EXPECT_TRUE(Complete("POSPrinter.PrintNormal(2, \"\\\"PTR_").candidates.empty()) << "inside a text";
-    EXPECT_EQ(Complete("POSPrinter.PrintNormal(2, \"PTR_").typed, 0U);
-    const Completions several = Complete("POSPrinter.RecLine");
-    EXPECT_EQ(several.typed, 7U);
-    EXPECT_EQ(CommonStart(several.candidates), "RecLine");
+    const tests::TempRegistry registry(
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter]\n\"Front\"=\"TILL1\"\n\"Side\"="
+        "\"Theirs\"\n"
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till1]\n@=\"Service."
+        "MarbexOposPrnDriver\"\n"
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till2]\n@=\"Service."
+        "MarbexOposPrnDriver\"\n"
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Theirs]\n@=\"Other.Printer\"\n");
+    struct Case {
+        const char* line;
+        Names candidates;
+        std::optional<std::string> replacement;
+    };
+    const Case cases[] = {
+        {"POSP", {"POSPrinter."}, "POSPrinter."},
+        {"posprinter.printn", {"PrintNormal("}, "PrintNormal("},
+        {" CashDrawer.Open", {"OpenDrawer()", "OpenService("}, std::nullopt},
+        {"CashDrawer.Op", {"OpenDrawer()", "OpenService("}, "Open"},
+        {"POSPrinter.CutPaper(PTR_CP", {"PTR_CP_FULLCUT"}, "PTR_CP_FULLCUT"},
+        {"POSPrinter.State == OPOS_S_B", {"OPOS_S_BUSY"}, "OPOS_S_BUSY"},
+        {"require Out", {"OutputCompleteEvent"}, "OutputCompleteEvent"},
+        {"help CashDrawer.OpenS", {"OpenService"}, "OpenService"},
+        {"POSPrinter.PrintNormal(2, \"\\\"PTR_", {}, std::nullopt},
+        {"POSPrinter.OpenService(\"", {"POSPrinter"}, "POSPrinter\", \""},
+        {"POSPrinter.OpenService(\"POSPrinter\", \"", {"Front", "Till1", "Till2"}, std::nullopt},
+        {"POSPrinter.OpenService(\"POSPrinter\", \"fr", {"Front"}, "Front\")"},
+        {"CashDrawer.OpenService(\"CashDrawer\", \"", {}, std::nullopt},
+    };
+    for (const Case& one : cases) {
+        const Completions found = Complete(one.line);
+        EXPECT_EQ(found.candidates, one.candidates) << one.line;
+        EXPECT_EQ(found.Replacement(), one.replacement) << one.line;
+    }
+    EXPECT_EQ(Complete("").candidates, (Names{"CashDrawer.", "LineDisplay.", "POSPrinter.", "answer ", "expect ",
+                                              "help ", "quit", "release ", "require ", "wait "}));
+    EXPECT_GT(Complete("POSPrinter.").candidates.size(), 190U);
+    EXPECT_EQ((Completions{"", {"Till \u00E4", "Till \u00E6"}, ""}).Replacement(), "Till ") << "no half characters";
+}
+
+TEST(Completion, ListsDownTheColumns)
+{
+    EXPECT_EQ(InColumns({"a", "bb", "\u00E9\u00E9\u00E9", "d", "e"}, 8), "a    d\nbb   e\n\u00E9\u00E9\u00E9");
+    EXPECT_EQ(InColumns({"wide", "wider"}, 3), "wide\nwider");
+    const std::string many = InColumns(Names(203, "x"), 100);
+    EXPECT_TRUE(many.ends_with("\n... and 3 more")) << many;
 }
 
 }  // namespace

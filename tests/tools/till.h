@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "marbex_opos/console.h"
-#include "marbex_opos/device_store.h"
+#include "marbex_opos/console/console.h"
+#include "marbex_opos/devices/device_store.h"
 #include "temp_registry.h"
 
 namespace marbex::tools {
@@ -80,7 +80,7 @@ public:
 private:
     tests::TempRegistry registry_;
     Lines lines_;
-    Console console_{MARBEX_SERVER_FILE, false, [this](std::string_view line) { lines_.emplace_back(line); }};
+    Console console_{MARBEX_SERVER_FILE, {}, [this](std::string_view line) { lines_.emplace_back(line); }};
 };
 
 }  // namespace marbex::tools

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "marbex_opos/console/console.h"
+
 namespace marbex::tools {
 
 // Says on standard error why a command could not do what was asked; gives its exit status.
@@ -14,7 +16,7 @@ int Complain(const std::string& why);
 struct ConsoleOptions {
     std::string server;  // library to load; empty: the registered one
     std::string script;  // empty: standard input
-    bool echo = false;
+    ConsoleSwitches switches;
 };
 int RunConsole(const ConsoleOptions& options);
 
@@ -43,8 +45,9 @@ struct PrinterOptions {
 int CheckPrinterHealth(const PrinterOptions& options);
 
 struct PrintOptions : PrinterOptions {
-    std::string file;
-    bool cut = false;
+    std::string file;  // text or a picture; empty: the test page
+    bool testPage = false;
+    bool cut = false;  // afterwards; the test page is cut in any case
 };
 int PrintFile(const PrintOptions& options);
 

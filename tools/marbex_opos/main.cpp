@@ -6,8 +6,11 @@
 #include <vector>
 
 #include "marbex_opos/commands.h"
+#include "marbex_opos/nearest.h"
 #include "marbex_opos/output.h"
 #include "marbex_opos/process_settings.h"
+#include "platform/version.h"
+#include "support/version_text.h"
 
 namespace {
 
@@ -22,6 +25,8 @@ public:
     {
         app_.require_subcommand(1);
         app_.set_help_all_flag("--help-all", "Help of every command");
+        app_.set_version_flag("--version", marbex::support::ServiceObjectDescriptionOf(
+                                               "marbex-opos ", marbex::platform::ModuleFileVersion()));
         AddConsole();
         AddDevices();
         AddPrinterCommands();
@@ -31,6 +36,11 @@ public:
 
     int Run(const std::vector<std::string>& words)
     {
+        const std::string unknown = UnknownCommand(words);
+        if (!unknown.empty()) {
+            tools::Complain(unknown);
+            return kUsageError;
+        }
         std::vector<const char*> pointers;
         pointers.reserve(words.size());
         for (const std::string& word : words)
@@ -48,10 +58,36 @@ public:
         if (!registry_.empty() && !tools::UseRegistryFile(registry_)) {
             return tools::Complain("the registry of this system cannot be replaced by a file");
         }
+        if (!registry_.empty() && onlyReads_) {
+            const std::string missing = tools::MissingRegistry();
+            if (!missing.empty()) return tools::Complain(missing);
+        }
         return chosen_();
     }
 
 private:
+    // Why one of the first words is no command, where one is wanted; empty when they are commands.
+    std::string UnknownCommand(const std::vector<std::string>& words) const
+    {
+        const CLI::App* app = &app_;
+        for (std::size_t at = 1; at < words.size() && !words[at].starts_with('-'); ++at) {
+            std::vector<std::string_view> names;
+            const CLI::App* next = nullptr;
+            for (const CLI::App* command : app->get_subcommands([](const CLI::App*) { return true; })) {
+                names.push_back(command->get_name());
+                if (command->get_name() == words[at]) next = command;
+            }
+            if (names.empty()) return {};
+            if (next == nullptr) {
+                const std::optional<std::string> meant = tools::Nearest(words[at], names);
+                return "there is no command " + words[at] + (meant ? "; did you mean " + *meant + "?" : std::string()) +
+                       " (marbex-opos --help)";
+            }
+            app = next;
+        }
+        return {};
+    }
+
     template <typename Action>
     CLI::App* Command(CLI::App& parent, const char* name, const char* help, Action action)
     {
@@ -60,9 +96,13 @@ private:
         return command;
     }
 
-    void AddRegistryOption(CLI::App* command)
+    enum class Registry { kRead, kWritten };
+
+    // A file that is only read has to be there.
+    void AddRegistryOption(CLI::App* command, Registry use = Registry::kRead)
     {
         command->add_option("--registry", registry_, "Registry file to use instead of the system's")->type_name("FILE");
+        command->parse_complete_callback([this, use] { onlyReads_ = use == Registry::kRead; });
     }
 
     void AddServerOption(CLI::App* command, std::string& server)
@@ -76,7 +116,9 @@ private:
                                     [this] { return tools::RunConsole(console_); });
         AddRegistryOption(command);
         AddServerOption(command, console_.server);
-        command->add_flag("--echo", console_.echo, "Print each statement before its result");
+        command->add_flag("--echo", console_.switches.echo, "Print each statement before its result");
+        command->add_flag("--stop", console_.switches.stop, "End at the first statement that fails");
+        command->add_flag("--names", console_.switches.names, "Name the codes, as on a terminal");
         command->add_option("SCRIPT", console_.script, "File of statements; standard input without it");
     }
 
@@ -93,7 +135,7 @@ private:
 
         CLI::App* add = Command(*devices, "add", "Add a device, its drawer and its display",
                                 [this] { return tools::AddDevice(device_); });
-        AddRegistryOption(add);
+        AddRegistryOption(add, Registry::kWritten);
         add->add_option("--logical", device_.logicalName, "A logical name for the device")->type_name("NAME");
         add->add_option_function<std::vector<std::string>>(
                "NAME", [this](const std::vector<std::string>& words) { TakeNameAndAssignments(words); },
@@ -128,15 +170,26 @@ private:
     {
         CLI::App* health = Command(app_, "health", "Open a printer and report how it is",
                                    [this] { return tools::CheckPrinterHealth(print_); });
-        CLI::App* print = Command(app_, "print", "Print a text file; OPOS escape sequences (ESC|...) count",
-                                  [this] { return tools::PrintFile(print_); });
+        CLI::App* print =
+            Command(app_, "print", "Print a text file, in which OPOS escape sequences (ESC|...) count, or a picture",
+                    [this] { return Print(); });
         for (CLI::App* command : {health, print}) {
             AddRegistryOption(command);
             AddServerOption(command, print_.server);
             command->add_option("DEVICE", print_.device, "Name of the device")->required();
         }
-        print->add_option("FILE", print_.file, "Text in UTF-8")->required();
-        print->add_flag("--cut", print_.cut, "Feed and cut the paper afterwards");
+        print->add_option("FILE", print_.file, "Text in UTF-8, or a picture (BMP, PNG, JPEG, GIF)");
+        print->add_flag("--test-page", print_.testPage, "Print a page of what the printer can do instead");
+        print->add_flag("--cut", print_.cut, "Cut the paper afterwards");
+    }
+
+    int Print() const
+    {
+        if (print_.file.empty() != print_.testPage) {
+            tools::Complain("print wants a file or --test-page");
+            return kUsageError;
+        }
+        return tools::PrintFile(print_);
     }
 
     void AddRegistration()
@@ -146,13 +199,14 @@ private:
         CLI::App* remove =
             Command(app_, "unregister", "Remove the registration", [this] { return tools::UnregisterServer(server_); });
         for (CLI::App* command : {add, remove}) {
-            AddRegistryOption(command);
+            AddRegistryOption(command, Registry::kWritten);
             AddServerOption(command, server_);
         }
     }
 
     CLI::App app_{"Marbex OPOS: try devices by hand, look after their profiles, register the service objects"};
     std::string registry_;
+    bool onlyReads_ = false;
     std::string server_;
     tools::ConsoleOptions console_;
     tools::DeviceOptions device_;

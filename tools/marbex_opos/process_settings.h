@@ -15,10 +15,17 @@ std::vector<std::string> CommandLineWords(int argc, char** argv);
 // and there this returns false.
 bool UseRegistryFile(const std::string& path);
 
+// Where the registry of this process is, for a person: the path of its file, or "the registry" of Windows.
+std::string RegistryPlace();
+
+// What is wrong with a registry that is only going to be read: its file is not there. Empty when nothing is.
+std::string MissingRegistry();
+
 // What a person has to see to when the registry cannot be written.
 std::string_view RegistryAdvice();
 
 bool InputIsTerminal();
+bool OutputIsTerminal();
 
 // Where the history of the interactive console is kept; empty when there is no home for it.
 std::string HistoryFile();

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "marbex_opos/device_store.h"
+#include "marbex_opos/devices/device_store.h"
 #include "platform/files.h"
 #include "temp_registry.h"
 

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+
 #include "tools/opened.h"
 #include "tools/posix/printer_and_till.h"
 
@@ -33,6 +36,22 @@ TEST(OddProfile, ALogFolderThatCannotBeWritten)
     EXPECT_EQ(till.Answer("POSPrinter.PrintNormal(2, \"x\\n\")"), "= 0");
     EXPECT_EQ(till.Answer("POSPrinter.ReleaseDevice()"), "= 0");
     EXPECT_EQ(till.Answer("POSPrinter.CloseService()"), "= 0");
+}
+
+TEST(OddProfile, BothLogsBeginAnewAtTheLimit)
+{
+    TcpPrinterServer printer("TALIS ETHERNET");
+    const tests::TempRegistry folder;
+    const std::string logs[] = {folder.Folder() + "/SOLogFile1.txt", folder.Folder() + "/COposComm1.log"};
+    for (const std::string& log : logs)
+        std::ofstream(log) << std::string(1 << 20, '=') << "\n";
+    Till till(Till::EthernetProfile(printer.Port()) + "\"LogPath\"=\"" + folder.Folder() + "\"\n" +
+              Till::Number("LogLimit", 1));
+    till.OpenClaimEnable();
+    for (const std::string& log : logs) {
+        EXPECT_GT(std::filesystem::file_size(log + ".1"), 1U << 20) << log;
+        EXPECT_LT(std::filesystem::file_size(log), 1U << 20) << log;
+    }
 }
 
 }  // namespace

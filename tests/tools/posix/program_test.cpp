@@ -76,30 +76,88 @@ TEST_F(ProgramTest, RegistersAndUnregistersTheServer)
     EXPECT_EQ(registry_.Contents().find("libmarbexopos.so"), std::string::npos);
 }
 
-TEST_F(ProgramTest, PrintsAFileAndReportsHealth)
+TEST_F(ProgramTest, PrintsTextPicturesAndATestPage)
 {
-    virtual_printer::TcpPrinterServer printer("TALIS ETHERNET");
+    using namespace virtual_printer;
+    TcpPrinterServer printer("TALIS ETHERNET");
     AddTill(printer.Port());
-    const Finished healthy = Run("health Till1");
-    EXPECT_EQ(healthy.status, 0) << healthy.output;
-    EXPECT_NE(healthy.output.find("health       0 (OPOS_SUCCESS)"), std::string::npos) << healthy.output;
-
     const std::string file = registry_.Folder() + "/receipt.txt";
     std::ofstream(file) << "\x1B|cAHello\n";
     const Finished printed = Run("print Till1 " + file + " --cut");
-    EXPECT_EQ(printed.status, 0) << printed.output;
-    EXPECT_TRUE(printer.WaitFor([](const auto& one) { return one.template All<virtual_printer::Cut>().size() == 1; }));
-    EXPECT_EQ(printer.Lines().front(), "Hello");
+    EXPECT_EQ(printed.output, "Till1: printed 10 bytes of " + file + "\n");
+    EXPECT_EQ(printed.status, 0);
+    EXPECT_TRUE(printer.WaitFor([](const auto& one) { return one.template All<Cut>().size() == 1; }));
+    EXPECT_EQ(printer.Lines(), (std::vector<std::string>{"Hello", "", "", "", "", "", ""})) << "fed once";
+
+    printer.SetPaper(PaperState::kLow);
+    EXPECT_EQ(Run("print Till1 --test-page").output, "Till1: printed the test page\nTill1: the paper is running out\n");
+    EXPECT_TRUE(printer.WaitFor([](const auto& one) { return one.template All<Cut>().size() == 2; }));
+    EXPECT_EQ(printer.All<Barcode>().size(), 9U);
+    EXPECT_EQ(printer.Lines().at(11), "----+----1----+----2----+----3----+----4----+----5");
+    const std::vector<std::string> lines = printer.Lines();
+    const auto table = std::ranges::find(lines, "19 PC858 - Euro");
+    ASSERT_NE(table, lines.end());
+    EXPECT_EQ(*(table + 1), "ÇüéâäàåçêëèïîìÄÅÉæÆôöòûùÿÖÜø£Ø×ƒ");
+    EXPECT_EQ(Run("print Till1 " MARBEX_SOURCE_FOLDER "/examples/receipt/logo.png").status, 0);
+    EXPECT_TRUE(printer.WaitFor([](const auto& one) { return one.template All<RasterImage>().size() == 2; }));
+    EXPECT_TRUE(printer.All<Unknown>().empty());
+
+    EXPECT_EQ(Run("print Till1 /nowhere").output, "marbex-opos: /nowhere: cannot be read: No such file or directory\n");
+    EXPECT_EQ(Run("print Till1").status, 64);
+    std::ofstream(file) << "GIF89a and no more";
+    EXPECT_EQ(Run("print Till1 " + file).output, "marbex-opos: " + file + ": a picture that is damaged, or none\n");
+}
+
+// What a person is told is what the paper says.
+TEST_F(ProgramTest, SaysPrintedOnlyOfWhatThePrinterConfirms)
+{
+    using namespace virtual_printer;
+    TcpPrinterServer printer("TALIS ETHERNET");
+    AddTill(printer.Port());
+    ASSERT_EQ(Run("devices set Till1 TimeoutRX=700").status, 0);
+    const std::string file = registry_.Folder() + "/receipt.txt";
+    std::ofstream(file) << "Hello\n";
 
     printer.SetCover(true);
-    const Finished open = Run("health Till1");
-    EXPECT_NE(open.output.find("cover open   yes"), std::string::npos) << open.output;
-    printer.Refuse(true);
-    const Finished gone = Run("print Till1 " + file);
-    EXPECT_EQ(gone.status, 1);
-    EXPECT_NE(gone.output.find("OpenService: 111 (OPOS_E_FAILURE)"), std::string::npos) << gone.output;
-    EXPECT_EQ(Run("health Nobody").output, "marbex-opos: Nobody: there is no such device\n");
-    EXPECT_EQ(Run("print Till1 /nowhere").status, 1);
+    const Finished open = Run("print Till1 " + file);
+    EXPECT_EQ(open.output, "marbex-opos: Till1: not printed: the cover is open; close it and print again\n");
+    EXPECT_EQ(open.status, 1);
+    EXPECT_EQ(Run("health Till1").status, 1);
+    printer.SetCover(false);
+    printer.SetPaper(PaperState::kOut);
+    EXPECT_EQ(Run("print Till1 " + file).output,
+              "marbex-opos: Till1: not printed: there is no paper; put a roll in and print again\n");
+    printer.SetPaper(PaperState::kOk);
+    EXPECT_TRUE(printer.Lines().empty()) << "nothing was left in the printer";
+    EXPECT_EQ(Run("health Till1").status, 0);
+
+    // The cable is pulled, and the cover opened, when a good part of a long text is on paper.
+    std::string text;
+    for (int line = 0; line < 400; ++line)
+        text += "A line of thirty-two characters\n";
+    std::ofstream(file) << text;
+    const auto at8000 = [&printer](const std::function<void()>& action) {
+        uint64_t received = 0;
+        printer.With([&](VirtualPrinter& one) { received = one.Received(); });
+        printer.At(received + 8000, action);
+    };
+    at8000([&printer] {
+        printer.Drop();
+        printer.Refuse(true);
+    });
+    const Finished pulled = Run("print Till1 " + file);
+    EXPECT_EQ(pulled.status, 1);
+    EXPECT_NE(pulled.output.find("sent, but the printer did not confirm it: 107 (OPOS_E_NOHARDWARE) ("),
+              std::string::npos)
+        << pulled.output;
+    printer.Refuse(false);
+    at8000([&printer] { printer.SetCover(true); });
+    const Finished stopped = Run("print Till1 " + file);
+    EXPECT_EQ(stopped.status, 1);
+    EXPECT_NE(
+        stopped.output.find("stopped: the cover is open; what the printer has it prints when the cover is closed ("),
+        std::string::npos)
+        << stopped.output;
 }
 
 TEST_F(ProgramTest, SaysOnceWhereTheRegistryIsBroken)
@@ -110,6 +168,20 @@ TEST_F(ProgramTest, SaysOnceWhereTheRegistryIsBroken)
     EXPECT_TRUE(listed.output.starts_with("marbex-opos: " + registry_.File() + ":3: ")) << listed.output;
     EXPECT_EQ(std::count(listed.output.begin(), listed.output.end(), '\n'), 1) << listed.output;
     EXPECT_EQ(Run("models").status, 64) << "models takes no registry";
+}
+
+TEST_F(ProgramTest, NamesACommandThatItDoesNotHave)
+{
+    const Finished unknown = Run("helth Till1");
+    EXPECT_EQ(unknown.output, "marbex-opos: there is no command helth; did you mean health? (marbex-opos --help)\n");
+    EXPECT_EQ(unknown.status, 64);
+    EXPECT_EQ(Run("devices sohw Till1").output,
+              "marbex-opos: there is no command sohw; did you mean show? (marbex-opos --help)\n");
+    EXPECT_EQ(Run("frobnicate").output, "marbex-opos: there is no command frobnicate (marbex-opos --help)\n");
+    EXPECT_EQ(Run("--version").output, "marbex-opos 1.0.0\n");
+    const Finished absent = Run("devices list");
+    EXPECT_EQ(absent.output, "marbex-opos: " + registry_.File() + ": No such file or directory\n");
+    EXPECT_EQ(absent.status, 1);
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "marbex_opos/registered_server.h"
+#include "marbex_opos/session/registered_server.h"
 #include "platform/registry.h"
 #include "platform/windows/wide_text.h"
 #include "temp_folder.h"

@@ -130,7 +130,7 @@ TEST(Terminal, EditsCompletesRemembersAndShowsEventsBetween)
         L"\x1B"
         L"POSPrinter.PrintNormal(11, \"a\")\r");
     rows.back() = "opos> POSPrinter.PrintNormal(11, \"a\")";
-    rows.insert(rows.end(), {"= 0", "! StatusUpdateEvent POSPrinter 11", "opos>"});
+    rows.insert(rows.end(), {"= 0", "! StatusUpdateEvent POSPrinter 11 (PTR_SUE_COVER_OPEN)", "opos>"});
     ASSERT_TRUE(screen.Shows(rows)) << "the event comes while the prompt waits";
 
     screen.Type(L"\x1A");

@@ -5,8 +5,8 @@
 #include <array>
 #include <cerrno>
 
-#include "marbex_opos/line_buffer.h"
-#include "marbex_opos/line_source.h"
+#include "marbex_opos/console/line_buffer.h"
+#include "marbex_opos/console/line_source.h"
 
 namespace marbex::tools {
 

@@ -1,9 +1,13 @@
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 #include "marbex_opos/process_settings.h"
+#include "platform/posix/registry_location.h"
+#include "platform/registry.h"
 
 namespace marbex::tools {
 
@@ -19,6 +23,18 @@ bool UseRegistryFile(const std::string& path)
     return !error && setenv("MARBEX_OPOS_REGISTRY", absolute.c_str(), 1) == 0;
 }
 
+std::string RegistryPlace()
+{
+    platform::SystemRegistry();  // takes notice
+    return platform::RegistryFilePath();
+}
+
+std::string MissingRegistry()
+{
+    const std::string path = RegistryPlace();
+    return access(path.c_str(), F_OK) == 0 ? std::string() : path + ": " + std::strerror(errno);
+}
+
 std::string_view RegistryAdvice()
 {
     return "is the registry file writable?";
@@ -27,6 +43,11 @@ std::string_view RegistryAdvice()
 bool InputIsTerminal()
 {
     return isatty(STDIN_FILENO) != 0;
+}
+
+bool OutputIsTerminal()
+{
+    return isatty(STDOUT_FILENO) != 0;
 }
 
 std::string HistoryFile()

@@ -6,8 +6,8 @@
 #include <system_error>
 
 #include "marbex/message_pump.h"
-#include "marbex_opos/registered_server.h"
-#include "marbex_opos/server_library.h"
+#include "marbex_opos/session/registered_server.h"
+#include "marbex_opos/session/server_library.h"
 
 namespace marbex::tools {
 

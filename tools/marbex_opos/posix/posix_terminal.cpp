@@ -1,15 +1,17 @@
 #include <histedit.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <cwchar>
 
-#include "marbex_opos/completion.h"
-#include "marbex_opos/line_source.h"
+#include "marbex_opos/console/completion.h"
+#include "marbex_opos/console/line_source.h"
 #include "marbex_opos/process_settings.h"
 
 namespace marbex::tools {
@@ -80,22 +82,29 @@ public:
     }
 
 private:
+    static std::size_t ScreenWidth()
+    {
+        winsize size{};
+        const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+        return isKnown ? size.ws_col : 80;
+    }
+
     static const char* Prompt(EditLine*) { return "opos> "; }
 
     static unsigned char OnTab(EditLine* editor, int)
     {
         const LineInfo* info = el_line(editor);
-        const std::string line(info->buffer, info->cursor);
-        const Completions completions = Complete(line);
-        const std::string common = CommonStart(completions.candidates);
-        if (common.empty()) return CC_REFRESH_BEEP;
-        if (completions.candidates.size() > 1 && common.size() <= completions.typed) {
+        const Completions completions = Complete(std::string(info->buffer, info->cursor));
+        if (completions.candidates.empty()) return CC_REFRESH_BEEP;
+        const std::optional<std::string> replacement = completions.Replacement();
+        if (!replacement) {
             std::puts("");
-            std::puts(Listed(completions.candidates).c_str());
+            std::puts(InColumns(completions.candidates, ScreenWidth()).c_str());
             return CC_REDISPLAY;
         }
-        el_deletestr(editor, static_cast<int>(completions.typed));  // names are ASCII: bytes are characters
-        el_insertstr(editor, common.c_str());
+        // The editor counts characters, of UTF-32 here.
+        el_deletestr(editor, static_cast<int>(std::mbstowcs(nullptr, completions.typed.c_str(), 0)));
+        el_insertstr(editor, replacement->c_str());
         return CC_REFRESH;
     }
 

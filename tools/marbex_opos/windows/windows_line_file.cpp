@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "marbex_opos/line_buffer.h"
-#include "marbex_opos/line_source.h"
+#include "marbex_opos/console/line_buffer.h"
+#include "marbex_opos/console/line_source.h"
 #include "platform/kernel.h"
 #include "platform/windows/wide_text.h"
 

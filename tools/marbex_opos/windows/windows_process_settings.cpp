@@ -9,6 +9,16 @@
 
 namespace marbex::tools {
 
+namespace {
+
+bool IsConsole(DWORD stream)
+{
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(stream), &mode) != 0;
+}
+
+}  // namespace
+
 // The words that main receives are in the ANSI code page, which does not hold every file name.
 std::vector<std::string> CommandLineWords(int argc, char** argv)
 {
@@ -28,6 +38,16 @@ bool UseRegistryFile(const std::string&)
     return false;
 }
 
+std::string RegistryPlace()
+{
+    return "the registry";
+}
+
+std::string MissingRegistry()
+{
+    return {};
+}
+
 std::string_view RegistryAdvice()
 {
     return "run it as administrator";
@@ -35,8 +55,12 @@ std::string_view RegistryAdvice()
 
 bool InputIsTerminal()
 {
-    DWORD mode = 0;
-    return GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode) != 0;
+    return IsConsole(STD_INPUT_HANDLE);
+}
+
+bool OutputIsTerminal()
+{
+    return IsConsole(STD_OUTPUT_HANDLE);
 }
 
 std::string HistoryFile()

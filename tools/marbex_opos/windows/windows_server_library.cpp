@@ -5,8 +5,8 @@
 #include <bit>
 #include <filesystem>
 
-#include "marbex_opos/registered_server.h"
-#include "marbex_opos/server_library.h"
+#include "marbex_opos/session/registered_server.h"
+#include "marbex_opos/session/server_library.h"
 #include "platform/kernel.h"
 #include "platform/version.h"
 #include "platform/window.h"

@@ -6,9 +6,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
-#include "marbex_opos/completion.h"
-#include "marbex_opos/line_source.h"
+#include "marbex_opos/console/completion.h"
+#include "marbex_opos/console/line_source.h"
 #include "marbex_opos/process_settings.h"
 #include "marbex_opos/windows/line_editor.h"
 #include "platform/window.h"
@@ -100,6 +101,8 @@ public:
         Write(L"\r\n");
         first_ = 0;
     }
+
+    std::size_t Width() const { return static_cast<std::size_t>(Screen().dwSize.X); }
 
     void Write(std::wstring_view text)
     {
@@ -285,15 +288,16 @@ private:
     void OnTab()
     {
         const Completions completions = Complete(platform::Utf8FromUtf16(editor_.BeforeCursor()));
-        const std::string common = CommonStart(completions.candidates);
-        if (common.empty()) {
+        if (completions.candidates.empty()) {
             row_.Write(L"\a");
-        } else if (completions.candidates.size() > 1 && common.size() <= completions.typed) {
-            row_.Finish(editor_);
-            row_.Write(platform::WideFromUtf8(Listed(completions.candidates)) + L"\r\n");
+        } else if (const std::optional<std::string> replacement = completions.Replacement()) {
+            editor_.ReplaceBeforeCursor(platform::Utf16FromUtf8(completions.typed).size(),
+                                        platform::Utf16FromUtf8(*replacement));
         } else {
-            // Names are ASCII: bytes are units.
-            editor_.ReplaceBeforeCursor(completions.typed, platform::Utf16FromUtf8(common));
+            row_.Finish(editor_);
+            std::istringstream lines(InColumns(completions.candidates, row_.Width() - 1));
+            for (std::string line; std::getline(lines, line);)
+                row_.Write(platform::WideFromUtf8(line) + L"\r\n");
         }
     }
 
