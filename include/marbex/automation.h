@@ -1,9 +1,9 @@
 #pragma once
 
-// The automation ABI of libmarbexopos.so: the part of COM that a control object needs, with the binary layout
-// of the 64-bit Windows headers (vtable order, VARIANT of 24 bytes, BSTR with its byte count in the four bytes
-// before the text). OLECHAR is UTF-16, 16 bits a unit. Names, numbers and layouts are those of the published
-// COM and Automation references.
+// The automation ABI of libmarbexopos.so, for C++17 and later: the part of COM that a control object needs, with the
+// binary layout of the 64-bit Windows headers (vtable order, VARIANT of 24 bytes, BSTR with its byte count in the four
+// bytes before the text). OLECHAR is UTF-16, 16 bits a unit. Names, numbers and layouts are those of the published COM
+// and Automation references.
 
 #include <cstddef>
 #include <cstdint>
@@ -68,7 +68,14 @@ struct GUID {
     uint16_t Data3;
     uint8_t Data4[8];
 
-    friend constexpr bool operator==(const GUID&, const GUID&) = default;
+    friend constexpr bool operator==(const GUID& left, const GUID& right)
+    {
+        for (int i = 0; i < 8; ++i) {
+            if (left.Data4[i] != right.Data4[i]) return false;
+        }
+        return left.Data1 == right.Data1 && left.Data2 == right.Data2 && left.Data3 == right.Data3;
+    }
+    friend constexpr bool operator!=(const GUID& left, const GUID& right) { return !(left == right); }
 };
 using IID = GUID;
 using CLSID = GUID;

@@ -105,7 +105,7 @@ TEST_F(Companions, LineDisplayMethodsHaveTheirNumbers)
         {u"CheckHealth", {1}, true},
         {u"DirectIO", {0, &data, &string}},
         {u"ClearDescriptors", {}, true},
-        {u"SetDescriptor", {}, true},
+        {u"SetDescriptor", {1, 2}, true},
         {u"ClearText", {}},
         {u"CreateWindow", {1, 2, 3, 4, 5, 6}, true},
         {u"DestroyWindow", {}, true},
@@ -129,6 +129,9 @@ TEST_F(Companions, LineDisplayMethodsHaveTheirNumbers)
     };
     ASSERT_EQ(std::size(rows), 29U);
     ExpectMethods(display, "MarbexOposLineDisplayDriver", rows);
+    // The standard's control objects pass both arguments; none will do as well.
+    EXPECT_EQ(display.Number(u"SetDescriptor"), 106);
+    EXPECT_EQ(display.Call(u"SetDescriptor", {1}).result, DISP_E_BADPARAMCOUNT);
     SysFreeString(string);
 }
 

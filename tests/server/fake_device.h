@@ -165,6 +165,7 @@ public:
         return Note("DisplayTextAt", Row, Column, Data, Attribute);
     }
     bool OperationWaitsOnThisThread() const override { return waits; }
+    bool IsBeingClosed() const override { return waits && State == 1; }
 
     // What text operations answer and DirectIO writes back.
     std::optional<Text> text;

@@ -33,7 +33,15 @@ std::string Shown(const DeviceProfileStruct& profile)
     return all;
 }
 
-constexpr const char* kDefaults = "TALIS||0|1|9600|8N1|1|C:|0|0|192.168.0.1|9100||5000|5000|0|0,2,3,4,5,19|";
+std::string Repeated(const std::string& text, int times)
+{
+    std::string all;
+    while (times-- > 0)
+        all += text;
+    return all;
+}
+
+constexpr const char* kDefaults = "TALIS||0|1|9600|8N1|1|C:|0|0|0|192.168.0.1|9100||5000|5000|0|0|0,2,3,4,5,19|";
 
 TEST(DeviceRegistry, ListsAndSelectsOnlyItsOwn)
 {
@@ -93,8 +101,9 @@ TEST(DeviceRegistry, ValuesThatDoNotFitTakeTheirDefaults)
     const TempRegistry file(
         Device("Big", "\"PrinterModel\"=\"" + std::string(128, 'M') + "\"\n\"IPAddress\"=\"" + std::string(20, '1') +
                           "\"\n\"LogPath\"=\"" + std::string(260, 'p') +
-                          "\"\n\"Port\"=hex(b):01,00,00,00,00,00,00,00\n" +
-                          "\"Speed\"=\"19200\"\n\"Com\"=\"2\"\n\"Format\"=dword:00000037\n\"Fonts\"=\"x\"\n") +
+                          "\"\n\"Port\"=hex(b):01,00,00,00,00,00,00,00\n" + "\"Speed\"=\"19200\"\n\"Format\"=hex:" +
+                          Repeated("38,", 20) + "38\n\"Fonts\"=hex:" + Repeated("01,", 260) +
+                          "01\n\"PrinterName\"=hex:" + Repeated("e9,", 129) + "e9\n") +
         Device("Edge", "\"PrinterModel\"=\"" + std::string(127, 'M') + "\"\n\"IPAddress\"=\"" + fits19 +
                            "\"\n\"Port\"=hex:39,30\n\"Speed\"=hex:00,c2,01,00\n\"Settings\"=hex(5):01\n\"Format\"=hex("
                            "1):37,00,45,00,31,00\n"
@@ -115,6 +124,32 @@ TEST(DeviceRegistry, ValuesThatDoNotFitTakeTheirDefaults)
     EXPECT_EQ(profile.Fonts[2], 19);
 }
 
+// As by a program that reads the values without asking for their types.
+TEST(DeviceRegistry, TheTypeOfAValueDoesNotMatter)
+{
+    const TempRegistry file(Device("Till1",
+                                   "\"Com\"=\"1\"\n\"Speed\"=\"\"\n\"Port\"=\"\xC3\xA9\xE2\x82\xAC!\"\n"
+                                   "\"Handshake\"=hex(7):32,00,00,00,00,00\n\"Settings\"=hex(2):33,00,34,00\n"
+                                   "\"PrinterModel\"=hex:43,4f,52,56,4f\n\"Format\"=dword:00314537\n"
+                                   "\"IPAddress\"=hex(7):31,00,00,00,32,00,00,00,00,00\n"
+                                   "\"PrinterName\"=hex(b):e9,80,00,41,41,41,41,41\n\"Fonts\"=\"\x02\x01\"\n"));
+    CDeviceRegistry registry;
+    DeviceProfileStruct profile;
+    ASSERT_TRUE(registry.SelectDevice("Till1") && registry.ReadProfile(profile));
+    EXPECT_EQ(profile.Com, 0x31u);
+    EXPECT_EQ(profile.Speed, 0u) << "nothing but the terminator";
+    EXPECT_EQ(profile.Port, 0x0021'80E9u);
+    EXPECT_EQ(profile.Handshake, 0x32u);
+    EXPECT_EQ(profile.Settings, 0x3433u);
+    EXPECT_STREQ(profile.PrinterModel, "CORVO");
+    EXPECT_STREQ(profile.Format, "7E1");
+    EXPECT_STREQ(profile.IPAddress, "1");
+    EXPECT_STREQ(profile.PrinterName, "\xC3\xA9\xE2\x82\xAC");
+    EXPECT_EQ(profile.Fonts[0], 2);
+    EXPECT_EQ(profile.Fonts[1], 1);
+    EXPECT_EQ(profile.Fonts[2], 0);
+}
+
 TEST(DeviceRegistry, ProfileRoundTrip)
 {
     const TempRegistry file(Device("Till1"));
@@ -132,6 +167,7 @@ TEST(DeviceRegistry, ProfileRoundTrip)
                                {"LogPath", "D:\\\xC3\x9C \"x\""},
                                {"LogEnabled", "3"},
                                {"LogLevel", "1"},
+                               {"LogLimit", "10"},
                                {"IPAddress", "10.0.0.255"},
                                {"Port", "65535"},
                                {"PrinterName", "\xE2\x82\xAC"},

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -106,6 +108,39 @@ TEST(ServiceLog, AFolderThatIsMissingLosesTheLinesOnly)
     LogWrite("[A] kept");
     LogClose();
     EXPECT_EQ(LinesOf(registry.ContentsBelow(kFile)).size(), 1u);
+}
+
+TEST(ServiceLog, BeginsAnewAtItsLimit)
+{
+    constexpr std::size_t kMegabyte = 1 << 20;
+    const TempRegistry registry;
+    const std::string file = registry.Folder() + "/SOLogFile1.txt";
+    const auto fill = [&file](std::size_t bytes) { std::ofstream(file, std::ios::binary) << std::string(bytes, '='); };
+    std::ofstream(file + ".1") << "older";
+    fill(kMegabyte - 1);
+    LogOpen(registry.Folder(), 1, 0, 1, 1);
+    LogWrite("[A] one");
+    LogWrite("[A] two");
+    EXPECT_TRUE(registry.ContentsBelow("SOLogFile1.txt.1").ends_with("[A] one\r\n"));
+    LogWrite("[A] three");
+    LogClose();
+    EXPECT_EQ(MessagesOf(registry.ContentsBelow("SOLogFile1.txt")), (Messages{"[A] two", "[A] three"}));
+
+    // Where it cannot have its other name it goes on, and tries again in time.
+    std::filesystem::remove(file + ".1");
+    std::filesystem::create_directory(file + ".1");
+    fill(kMegabyte);
+    LogOpen(registry.Folder(), 1, 0, 1, 1);
+    LogWrite("[A] four");
+    LogWrite("[A] five");
+    EXPECT_TRUE(registry.ContentsBelow("SOLogFile1.txt").ends_with("[A] five\r\n"));
+    EXPECT_GT(std::filesystem::file_size(file), kMegabyte);
+    std::filesystem::remove(file + ".1");
+    for (int i = 0; i < 1000 && !std::filesystem::exists(file + ".1"); ++i)
+        LogWrite("%s", std::string(98, 'x').c_str());
+    LogClose();
+    EXPECT_NE(registry.ContentsBelow("SOLogFile1.txt.1").find("[A] four"), std::string::npos);
+    EXPECT_LT(std::filesystem::file_size(file), 1000U);
 }
 
 // A spool thread that logs while the application closes the device must neither write into a closed file nor tear a

@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <marbex/class_ids.h>
+#include <marbex/create_service.h>
 
 #include <filesystem>
 
@@ -43,11 +45,11 @@ protected:
 
 TEST_F(LibraryFile, ShowsTheEntryPointsAndNothingElse)
 {
-    for (const char* name :
-         {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer", "DllUnregisterServer", "SysAllocString",
-          "SysAllocStringLen", "SysFreeString", "SysStringLen", "SysStringByteLen", "VariantInit", "VariantClear",
-          "VariantChangeType", "MarbexMessageDescriptor", "MarbexRunMessages"}) {
-        EXPECT_NE(Symbol(name), nullptr) << name;
+    for (const char* name : {"DllGetClassObject", "DllCanUnloadNow", "DllRegisterServer", "DllUnregisterServer",
+                             "SysAllocString", "SysAllocStringLen", "SysFreeString", "SysStringLen", "SysStringByteLen",
+                             "VariantInit", "VariantClear", "VariantChangeType", "MarbexMessageDescriptor",
+                             "MarbexRunMessages", "MarbexCreateService", "MarbexResultName", "MarbexResultAdvice"}) {
+        EXPECT_NE(dlvsym(library, name, "MARBEXOPOS_1.1"), nullptr) << name << " has left its version";
     }
     for (const char* name : {"_ZN6marbex8platform14SystemRegistryEv", "_ZN6marbex7support8LogCloseEv"})
         EXPECT_EQ(Symbol(name), nullptr) << name;
@@ -75,6 +77,21 @@ TEST_F(LibraryFile, ServesAClientThatKnowsOnlyTheAutomationHeader)
         EXPECT_EQ(canUnload(), S_FALSE);
     }
     EXPECT_EQ(canUnload(), S_OK);
+}
+
+TEST_F(LibraryFile, MakesServicesOfTheirProgIds)
+{
+    const auto create = reinterpret_cast<decltype(&MarbexCreateService)>(Symbol("MarbexCreateService"));
+    for (const char* progId : {kPrinterProgId, "service.marbexoposcashdrawerdriver", kLineDisplayProgId}) {
+        IDispatch* object = nullptr;
+        ASSERT_EQ(create(progId, &object), S_OK) << progId;
+        EXPECT_EQ(Client(object).Number(u"ClaimDevice", {1000}), 106);
+    }
+    IDispatch* object = nullptr;
+    EXPECT_EQ(create("Service.Unknown", &object), CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(create(nullptr, &object), E_POINTER);
+    EXPECT_EQ(create(kPrinterProgId, nullptr), E_POINTER);
 }
 
 }  // namespace
