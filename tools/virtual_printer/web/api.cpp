@@ -1,17 +1,15 @@
 #include "virtual_printer/web/api.h"
 
 #include <charconv>
-#include <memory>
 
 #include "virtual_printer/web/expect.h"
+#include "virtual_printer/web/feed.h"
 #include "virtual_printer/web/receipts.h"
 
 namespace marbex::virtual_printer {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr std::chrono::seconds kLongestPrint{10};
 
 Response Ok(const Json& json)
 {
@@ -64,44 +62,6 @@ Response Perform(const Station& station, std::string line)
     return problem.empty() ? Ok(StateOf(station)) : Problem(400, problem);
 }
 
-// A stopped printer takes what its buffer holds; the rest waits as a till would.
-Answer Print(const Station& station, const std::string& body)
-{
-    struct Feeding {
-        std::string bytes;
-        std::size_t taken = 0;
-        Bytes answer;
-    };
-    auto feeding = std::make_shared<Feeding>();
-    feeding->bytes = body;
-    Awaited awaited;
-    awaited.deadline = std::chrono::steady_clock::now() + kLongestPrint;
-    awaited.look = [feeding, &server = station.server](bool timeIsUp) -> std::optional<Response> {
-        server.With([&feeding](VirtualPrinter& printer) {
-            while (feeding->taken < feeding->bytes.size() && printer.Room() > 0) {
-                // In pieces, so that a till is not kept waiting.
-                const std::size_t piece =
-                    std::min({feeding->bytes.size() - feeding->taken, printer.Room(), std::size_t{4096}});
-                const Bytes answer = printer.Feed(std::string_view(feeding->bytes).substr(feeding->taken, piece));
-                feeding->answer.insert(feeding->answer.end(), answer.begin(), answer.end());
-                feeding->taken += piece;
-            }
-        });
-        const bool all = feeding->taken == feeding->bytes.size();
-        if (!all && !timeIsUp) {
-            return std::nullopt;
-        }
-        Json json{{"taken", feeding->taken}, {"answer", HexText(feeding->answer)}};
-        if (!all) {
-            json["problem"] = "the printer took no more";
-        }
-        Response response = Ok(json);
-        response.status = all ? 200 : 503;
-        return response;
-    };
-    return awaited;
-}
-
 Answer Events(std::size_t printer, const Station& station, const Request& request)
 {
     EventStream stream;
@@ -139,7 +99,7 @@ Answer ForPrinter(const Station& station, std::size_t index, const Request& requ
         }
         return what == "condition" ? SetCondition(station, request.body)
                : what == "command" ? Perform(station, request.body)
-               : what == "print"   ? Print(station, request.body)
+               : what == "print"   ? Feed(station, request.body)
                                    : Expect(station, request.body);
     }
     return Problem(404, "there is nothing of this name");

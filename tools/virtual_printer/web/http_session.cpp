@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{30};        // with a peer that says or takes nothing
 constexpr std::chrono::milliseconds kLookAgain{50};  // at what is awaited, also when nobody says that it happened
-constexpr std::uint32_t kLongestHeader = 16384;
+constexpr std::size_t kLongestHeader = 16384;
 
 // Nothing but this program's own files, and never inside the frame of another page.
 constexpr const char* kPolicy =
@@ -75,7 +75,7 @@ public:
     void ReadHeader()
     {
         parser_.emplace();
-        parser_->header_limit(kLongestHeader);
+        parser_->header_limit(static_cast<std::uint32_t>(kLongestHeader));
         parser_->body_limit(WebServer::kLongestPrint);
         stream_.expires_after(kPatience);
         http::async_read_header(stream_, buffer_, *parser_,

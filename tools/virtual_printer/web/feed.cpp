@@ -1,0 +1,50 @@
+#include "virtual_printer/web/feed.h"
+
+#include <algorithm>
+#include <memory>
+
+#include <nlohmann/json.hpp>
+
+namespace marbex::virtual_printer {
+namespace {
+
+constexpr std::chrono::seconds kLongest{10};
+
+}  // namespace
+
+Answer Feed(const Station& station, const std::string& bytes)
+{
+    struct Feeding {
+        std::string bytes;
+        std::size_t taken = 0;
+        Bytes answer;
+    };
+    auto feeding = std::make_shared<Feeding>();
+    feeding->bytes = bytes;
+    Awaited awaited;
+    awaited.deadline = std::chrono::steady_clock::now() + kLongest;
+    awaited.look = [feeding, &server = station.server](bool timeIsUp) -> std::optional<Response> {
+        server.With([&feeding](VirtualPrinter& printer) {
+            while (feeding->taken < feeding->bytes.size() && printer.Room() > 0) {
+                // In pieces, so that a till is not kept waiting.
+                const std::size_t piece =
+                    std::min({feeding->bytes.size() - feeding->taken, printer.Room(), std::size_t{4096}});
+                const Bytes answer = printer.Feed(std::string_view(feeding->bytes).substr(feeding->taken, piece));
+                feeding->answer.insert(feeding->answer.end(), answer.begin(), answer.end());
+                feeding->taken += piece;
+            }
+        });
+        const bool all = feeding->taken == feeding->bytes.size();
+        if (!all && !timeIsUp) {
+            return std::nullopt;
+        }
+        nlohmann::ordered_json json{{"taken", feeding->taken}, {"answer", HexText(feeding->answer)}};
+        if (!all) {
+            json["problem"] = "the printer took no more";
+        }
+        return Response{all ? 200 : 503, "application/json", json.dump(), {}};
+    };
+    return awaited;
+}
+
+}  // namespace marbex::virtual_printer
