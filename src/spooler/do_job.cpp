@@ -86,7 +86,6 @@ public:
     void End()
     {
         platform::MutexHold hold(*spooler_.hMutexQueue);
-        // One entry each: a job of a transaction is entered by the transaction and again by each of its attempts.
         for (CSpoolJob* const job : jobs_)
             spooler_.executing_.erase(std::find(spooler_.executing_.begin(), spooler_.executing_.end(), job));
         jobs_.clear();
@@ -99,11 +98,6 @@ private:
 
 int32_t CPrintSpooler::DoJob(CSpoolJob& job, bool* retry)
 {
-    return DoJobOf(nullptr, job, retry);
-}
-
-int32_t CPrintSpooler::DoJobOf(Pass* pass, CSpoolJob& job, bool* retry)
-{
     // Before it waits for the printer: what is cleared meanwhile is not printed.
     Execution execution(*this);
     execution.Add(job);
@@ -111,14 +105,12 @@ int32_t CPrintSpooler::DoJobOf(Pass* pass, CSpoolJob& job, bool* retry)
         if (retry != nullptr) *retry = false;
         return kBusy;
     }
-    const int32_t result = DoAcquiredJob(pass, job, retry);
-    LogWrite("[%s] --- DoJob End (%d)", traits.tag, result);
-    return result;
+    const HeldPrinter printerHeld(*this);
+    return DoAcquiredJob(nullptr, job, retry);
 }
 
 int32_t CPrintSpooler::DoAcquiredJob(Pass* pass, CSpoolJob& job, bool* retry)
 {
-    const HeldPrinter printerHeld(*this);
     int32_t result = 0;
     LogWrite("[%s] --- DoJob Begin (%d)", traits.tag, static_cast<int>(job.outputId));
     switch (JobMeaningOf(job.type, traits.numbering)) {
@@ -146,6 +138,7 @@ int32_t CPrintSpooler::DoAcquiredJob(Pass* pass, CSpoolJob& job, bool* retry)
             break;
     }
     lastActivityTime = clock.Seconds();
+    LogWrite("[%s] --- DoJob End (%d)", traits.tag, result);
     return result;
 }
 
@@ -322,17 +315,32 @@ int32_t CPrintSpooler::Execute(const CSpoolJob& job)
     }
 }
 
-// One pass over a transaction, up to the first of its jobs that fails. printed counts those before it.
-int32_t CPrintSpooler::PrintPass(CSpoolJob& transactionJob, std::size_t& printed, bool& answerRetry)
+// One pass over a transaction, up to the first of its jobs that fails.
+int32_t CPrintSpooler::PrintPass(const CSpoolJob& transactionJob, bool& answerRetry)
 {
-    const JobList& jobs = transactionJob.transaction;
     Pass pass;
     int32_t result = 0;
     answerRetry = false;
-    for (printed = 0; printed < jobs.size() && result == 0;) {
-        pass.last = printed + 1 == jobs.size();
-        result = DoJobOf(&pass, *jobs[printed], &answerRetry);
-        if (result == 0) ++printed;
+    for (const auto& job : transactionJob.transaction) {
+        pass.last = job == transactionJob.transaction.back();
+        result = DoAcquiredJob(&pass, *job, &answerRetry);
+        if (result != 0) break;
+    }
+    return result;
+}
+
+// Pass after pass as long as the application wants another one. The printer is held from the first job to the last, so
+// that nothing is printed between them and no part of a transaction is refused when another one is on paper.
+int32_t CPrintSpooler::PrintAsOne(CSpoolJob& transactionJob)
+{
+    // A clear that came before it was executing has marked the transaction alone.
+    int32_t result = transactionJob.cancelled.load() ? opos::OPOS_E_FAILURE : 0;
+    if (result != 0 || transactionJob.transaction.empty()) return result;
+    if (!AcquirePrinter()) return kBusy;
+    const HeldPrinter printerHeld(*this);
+    for (bool answerRetry = true; answerRetry;) {
+        result = PrintPass(transactionJob, answerRetry);
+        if (answerRetry) PauseBeforeRetry(transactionJob);
     }
     return result;
 }
@@ -345,16 +353,8 @@ int32_t CPrintSpooler::DoPrintTransaction(CSpoolJob& transactionJob)
     for (const auto& job : transactionJob.transaction)
         execution.Add(*job);
 
-    // A clear that came before it was entered here has marked the transaction alone.
-    int32_t result = transactionJob.cancelled.load() ? opos::OPOS_E_FAILURE : 0;
-    std::size_t printed = 0;
-    bool answerRetry = result == 0;
-    while (answerRetry) {
-        result = PrintPass(transactionJob, printed, answerRetry);
-        if (answerRetry) PauseBeforeRetry(transactionJob);
-    }
-
-    if (result != kBusy || printed != 0 || !PutTransactionBack(transactionJob)) {
+    const int32_t result = PrintAsOne(transactionJob);
+    if (result != kBusy || !PutTransactionBack(transactionJob)) {
         LogWrite("[%s] --- ClearTransaction Begin", traits.tag);
         LogWrite("[%s] --- ClearTransactionList Begin", traits.tag);
         execution.End();

@@ -145,7 +145,6 @@ private:
         std::optional<printer::OutputMark> begin;
         bool last = false;
     };
-    int32_t DoJobOf(Pass* pass, CSpoolJob& job, bool* retry);
     int32_t DoAcquiredJob(Pass* pass, CSpoolJob& job, bool* retry);
     int32_t Attempt(Pass* pass, CSpoolJob& job, bool* retry);
     bool IsToBeConfirmed(const Pass* pass, const CSpoolJob& job) const;
@@ -158,7 +157,8 @@ private:
     void PauseBeforeRetry(const CSpoolJob& job);
     void TakeTransaction(CSpoolJob& transactionJob) MARBEX_REQUIRES(*hMutexQueue);
     bool PutTransactionBack(CSpoolJob& transactionJob);
-    int32_t PrintPass(CSpoolJob& transactionJob, std::size_t& printed, bool& answerRetry);
+    int32_t PrintPass(const CSpoolJob& transactionJob, bool& answerRetry);
+    int32_t PrintAsOne(CSpoolJob& transactionJob);
 
     // How far a clear goes: the last queued job and the last opening of a transaction that it means.
     struct ClearLimit {
