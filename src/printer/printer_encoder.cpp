@@ -195,6 +195,8 @@ int32_t CPrinterEncoder::GetStatus(PrinterStatus& status, bool /*askNearEnd*/, u
 {
     if (traits.status == StatusVariant::kReferenceCleansOutput) {
         CleanOutput();
+        // A stray byte, or an answer that came too late, would be taken for the answer to every later question.
+        Link().DiscardInput();
     } else {
         CleanInput();
     }

@@ -26,6 +26,7 @@ protected:
     int32_t Ask(std::deque<ScriptedPort::Piece> full, std::deque<ScriptedPort::Piece> printer)
     {
         port.ForgetAnswers();
+        port.pieces = stale;
         port.Answer(kFullQuestion, std::move(full));
         port.Answer(kPrinterQuestion, std::move(printer));
         CPrinterEncoder encoder(traits, clock);
@@ -48,6 +49,7 @@ protected:
         return set;
     }
 
+    std::deque<ScriptedPort::Piece> stale;  // what has arrived before the question
     Trace trace;
     ScriptedClock clock;
     ScriptedPort port{trace};
@@ -103,6 +105,16 @@ TEST_F(StatusTest, EveryBitSetsItsFlags)
             EXPECT_EQ(trace, (Trace{output ? "clean output" : "clean input", "write " + kFullQuestion,
                                     "write " + kPrinterQuestion, "close"}));
         }
+    }
+}
+
+// Some models are asked after the output alone is cleaned; one stray byte kept them disconnected for good.
+TEST_F(StatusTest, WhatCameTooLateIsNotTakenForTheAnswer)
+{
+    for (const auto variant : {StatusVariant::kReference, StatusVariant::kReferenceCleansOutput}) {
+        traits.status = variant;
+        stale = {std::string("\x16")};
+        EXPECT_EQ(Ask({FullStatus(0x01, 0, 0, 0)}, {"\x12"}), 0);
     }
 }
 

@@ -103,12 +103,7 @@ private:
         if (dice_.OneIn(2)) return "TALIS ETHERNET";
         const auto models = device::ModelDescriptions();
         std::string model(models[dice_.Below(models.size())].name);
-        // One has a second cable. Two never clean their input before they ask for the status: after one stray byte, or
-        // an answer that came too late, every later answer is taken for another one.
-        for (const char* const other : {"ARGO PC TURBO", "PELTO", "SELVA"}) {
-            if (model == other) model = "TALIS";
-        }
-        return model;
+        return model == "ARGO PC TURBO" ? "TALIS" : model;  // it has a second cable
     }
 
     void Play()
