@@ -113,7 +113,8 @@ TEST_F(ConcurrentCallsTest, ClosingSaysThatQueuedOutputWasDropped)
     };
     queue();
     EXPECT_EQ(device->CloseService(), 0);
-    EXPECT_EQ(server.Lines(), std::vector<std::string>{"text"});
+    EXPECT_TRUE(
+        server.WaitFor([](const auto& printer) { return printer.Lines() == std::vector<std::string>{"text"}; }));
 
     ASSERT_EQ(device->OpenService("POSPrinter", "Till", &control), 0);
     Async(true);
