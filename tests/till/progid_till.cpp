@@ -4,6 +4,8 @@
 //
 //     progid-till               the receipt
 //     progid-till recovery      a job that finds no printer; "@ command" on standard output is for its operator
+//     progid-till victim MS     prints until it is killed, so many milliseconds after the driver has been made
+//     progid-till line TEXT     one line
 
 // clang-format off
 #include <windows.h>
@@ -14,7 +16,9 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <cwchar>
 #include <initializer_list>
@@ -289,6 +293,35 @@ void RecoverFromALostPrinter(Till& till)
     till.Close();
 }
 
+// As the task manager does it: nothing of the process, no destructor and no DLL's either, gets another turn.
+DWORD WINAPI KillThisProcess(void* milliseconds)
+{
+    Sleep(static_cast<DWORD>(reinterpret_cast<std::uintptr_t>(milliseconds)));
+    TerminateProcess(GetCurrentProcess(), 9);
+    return 0;
+}
+
+void PrintUntilKilled(Till& till, const char* milliseconds)
+{
+    auto* const after = reinterpret_cast<void*>(static_cast<std::uintptr_t>(std::strtoul(milliseconds, nullptr, 10)));
+    if (CreateThread(nullptr, 0, KillThisProcess, after, 0, nullptr) == nullptr) GiveUp("CreateThread", E_FAIL);
+    till.Open();
+    till.Write(8001, 1);
+    for (;;) {
+        till.Call(L"PrintNormal", {Number(2), Text(L"of a till that is killed\n")});
+        MSG message;
+        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE)
+            DispatchMessageW(&message);
+    }
+}
+
+void PrintLine(Till& till, const char* text)
+{
+    till.Open();
+    till.Do(L"PrintNormal", {Number(2), Text(std::wstring(text, text + std::strlen(text)) + L"\n")});
+    till.Close();
+}
+
 }  // namespace
 
 int main(int count, char** arguments)
@@ -297,8 +330,13 @@ int main(int count, char** arguments)
     LONG left = 0;
     {
         Till till;
-        if (count > 1 && std::strcmp(arguments[1], "recovery") == 0) {
+        const char* const part = count > 1 ? arguments[1] : "";
+        if (std::strcmp(part, "recovery") == 0) {
             RecoverFromALostPrinter(till);
+        } else if (std::strcmp(part, "victim") == 0 && count > 2) {
+            PrintUntilKilled(till, arguments[2]);
+        } else if (std::strcmp(part, "line") == 0 && count > 2) {
+            PrintLine(till, arguments[2]);
         } else {
             PrintReceipt(till);
         }
