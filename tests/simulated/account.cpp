@@ -8,11 +8,13 @@
 namespace marbex::tests {
 namespace {
 
-std::string Mark(int number, int line)
+constexpr std::string_view kLineBegin = "coffee 2,40 <J";
+
+std::string MarkedLine(int number, int line)
 {
-    char mark[24];
-    std::snprintf(mark, sizeof mark, "<J%04d.%03d>", number, line);
-    return mark;
+    char text[40];
+    std::snprintf(text, sizeof text, "%s%04d.%03d>", kLineBegin.data(), number, line);
+    return text;
 }
 
 std::string NameOf(const Job& job)
@@ -27,16 +29,16 @@ std::string NameOf(const Job& job)
 std::map<int, int> CountCopies(std::string_view trace, const std::vector<Job>& jobs, std::string_view end)
 {
     std::map<int, int> copies;
-    std::map<int, int> next;  // line that continues a copy
-    constexpr std::size_t kLength = 11;
-    for (std::size_t at = trace.find("<J"); at != std::string_view::npos; at = trace.find("<J", at + 1)) {
-        const std::string_view mark = trace.substr(at, kLength);
-        if (mark.size() < kLength || mark[6] != '.' || mark[10] != '>') continue;
-        const int number = std::atoi(std::string(mark.substr(2, 4)).c_str());
-        const int line = std::atoi(std::string(mark.substr(7, 3)).c_str());
+    std::map<int, int> next;            // line that continues a copy
+    constexpr std::size_t kLength = 9;  // of what follows the beginning of a line
+    for (std::size_t at = trace.find(kLineBegin); at != std::string_view::npos; at = trace.find(kLineBegin, at + 1)) {
+        const std::string_view mark = trace.substr(at + kLineBegin.size(), kLength);
+        if (mark.size() < kLength || mark[4] != '.' || mark[8] != '>') continue;
+        const int number = std::atoi(std::string(mark.substr(0, 4)).c_str());
+        const int line = std::atoi(std::string(mark.substr(5, 3)).c_str());
         if (number < 1 || number > static_cast<int>(jobs.size())) continue;
         const bool last = line + 1 == jobs[static_cast<std::size_t>(number) - 1].lines;
-        if (!trace.substr(at + kLength).starts_with(last ? end : "\n")) continue;
+        if (!trace.substr(at + kLineBegin.size() + kLength).starts_with(last ? end : "\n")) continue;
         int& wanted = next[number];
         if (line == 0) wanted = 0;
         if (line != wanted) continue;
@@ -70,7 +72,7 @@ std::string Account::TextOf(int number) const
 {
     std::string text;
     for (int line = 0; line < jobs_[static_cast<std::size_t>(number) - 1].lines; ++line)
-        text += "coffee 2,40 " + Mark(number, line) + '\n';
+        text += MarkedLine(number, line) + '\n';
     return text;
 }
 

@@ -44,6 +44,8 @@ private:
     void RunMessages(uint32_t milliseconds);
     void AwaitCompletions(uint32_t milliseconds);
     void AwaitRest();  // nothing runs, nothing is pending
+    void AwaitStatus();
+    bool StatusIsRight();  // of a printer that is well
     void StartWorker();
     void Work(uint64_t seed);
     void CloseOnWorker();

@@ -16,6 +16,7 @@ using simulated::Processor;
 constexpr Moment kLongestCall = Milliseconds(1'800'000);
 constexpr Moment kLongestClosing = Milliseconds(10'500);  // beyond the output that still goes out
 constexpr int32_t kNoDevice = opos::OPOS_E_ILLEGAL;
+constexpr const char* kDropped = "Release of the last reference";
 
 std::string Signed(int32_t number)
 {
@@ -125,7 +126,7 @@ int32_t Till::Close()
     const auto device = Device();
     if (!device) return watch.Returned(kNoDevice);
     const bool wasClosed = device->IsClosed() || std::any_of(calls_.begin(), calls_.end() - 1, [](const Call* call) {
-                               return call->name == "CloseService";
+                               return call->name == "CloseService" || call->name == kDropped;
                            });
     const bool nested = watch.OthersOnThisThread();
     const Moment inHandlers = inHandlers_;
@@ -155,7 +156,7 @@ int32_t Till::Close()
 
 void Till::Drop()
 {
-    Watch watch(*this, "Release of the last reference");
+    Watch watch(*this, kDropped);
     account_.Excuse();
     account_.EventsDropped();
     service_->LastReferenceGone();
