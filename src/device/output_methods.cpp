@@ -73,10 +73,13 @@ int32_t PrinterDevice::CutPaper(int32_t Percentage)
     const OperationScope scope(*this);
     LogWrite("[%s] CutPaper Begin", tag_);
     if (const int32_t refusal = Refusal(kOpenClaimedEnabled); refusal != 0) return refusal;
+    int32_t fed = 0;
     if (const int32_t lines = RecLinesToPaperCut.load(); lines > 0) {
-        Spooler.PrintNormal(std::string(static_cast<std::size_t>(lines), '\n'), nullptr);
+        fed = Spooler.PrintNormal(std::string(static_cast<std::size_t>(lines), '\n'), nullptr);
     }
-    const int32_t result = RecordSpoolerResult(Spooler.CutPaper(Percentage, &OutputID));
+    const int32_t cut = Spooler.CutPaper(Percentage, &OutputID);
+    // Line feeds that failed may have taken queued output with them, by an event that nobody was shown.
+    const int32_t result = RecordSpoolerResult(cut != 0 ? cut : fed);
     LogWrite("[%s] CutPaper End", tag_);
     return result;
 }
