@@ -5,31 +5,31 @@
 
 #include "platform/debugger.h"
 #include "platform/registry.h"
-#include "platform/simulated/machine/scheduler.h"
+#include "platform/simulated/machine/call.h"
 #include "platform/simulated/machine/storage.h"
 
 namespace marbex::platform {
 namespace {
 
-using simulated::Processor;
+using simulated::Call;
 using simulated::Storage;
 using simulated::TheStorage;
 
 // Whether something can be put into the file, which is made when it is missing.
 bool Writable(const std::string& path)
 {
-    Processor().Point();
+    const Call call("open of a file");
     Storage& storage = TheStorage();
-    if (storage.taken == path || (storage.full && !storage.files.contains(path))) return false;
+    if (call.Fails() || storage.taken == path || (storage.full && !storage.files.contains(path))) return false;
     storage.files[path];
     return true;
 }
 
 bool AppendTo(const std::string& path, std::string_view bytes)
 {
-    Processor().Point();
+    const Call call("write to a file");
     Storage& storage = TheStorage();
-    if (storage.full) return false;
+    if (call.Fails() || storage.full) return false;
     if (storage.onAppend) storage.onAppend(path, bytes);
     storage.files[path].append(bytes);
     return true;
@@ -66,8 +66,8 @@ std::unique_ptr<AppendFile> OpenForAppend(const std::string& path, OtherWriters)
 
 bool FileExists(const std::string& path)
 {
-    Processor().Point();
-    return TheStorage().files.contains(NativePath(path));
+    const Call call("look for a file");
+    return !call.Fails() && TheStorage().files.contains(NativePath(path));
 }
 
 bool CreateEmptyFile(const std::string& path)
@@ -92,9 +92,9 @@ bool AppendExclusively(const std::string& path, std::string_view bytes)
 
 std::optional<std::string> ReadWholeFile(const std::string& path, uint64_t limit)
 {
-    Processor().Point();
+    const Call call("read of a file");
     const auto found = TheStorage().files.find(NativePath(path));
-    if (found == TheStorage().files.end()) {
+    if (call.Fails() || found == TheStorage().files.end()) {
         errno = ENOENT;
         return std::nullopt;
     }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/simulated/kernel_state.h"
+#include "platform/simulated/machine/call.h"
 
 namespace marbex::platform {
 namespace {
@@ -199,6 +200,7 @@ std::size_t LiveObjects()
 
 std::unique_ptr<Event> Event::Create(const std::string& name, ResetMode mode, bool signalled, bool* existed)
 {
+    const simulated::Made made;
     EventState* const state = OpenOrAdd(name, std::make_unique<EventState>(mode, signalled), existed);
     if (state == nullptr) return nullptr;
     return std::make_unique<EventHandle>(state);
@@ -206,6 +208,7 @@ std::unique_ptr<Event> Event::Create(const std::string& name, ResetMode mode, bo
 
 std::unique_ptr<Mutex> Mutex::Create(const std::string& name, bool* existed)
 {
+    const simulated::Made made;
     MutexState* const state = OpenOrAdd(name, std::make_unique<MutexState>(), existed);
     if (state == nullptr) return nullptr;
     return std::make_unique<MutexHandle>(state);
@@ -214,6 +217,7 @@ std::unique_ptr<Mutex> Mutex::Create(const std::string& name, bool* existed)
 std::unique_ptr<Semaphore> Semaphore::Create(const std::string& name, uint32_t initial, uint32_t maximum, bool* existed)
 {
     if (maximum == 0 || initial > maximum) return nullptr;
+    const simulated::Made made;
     SemaphoreState* const state = OpenOrAdd(name, std::make_unique<SemaphoreState>(initial, maximum), existed);
     if (state == nullptr) return nullptr;
     return std::make_unique<SemaphoreHandle>(state);

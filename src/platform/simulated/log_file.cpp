@@ -2,7 +2,7 @@
 
 #include "platform/files.h"
 #include "platform/registry.h"
-#include "platform/simulated/machine/scheduler.h"
+#include "platform/simulated/machine/call.h"
 #include "platform/simulated/machine/storage.h"
 
 namespace marbex::platform {
@@ -18,12 +18,12 @@ bool AppendShared(const std::string& path, std::string_view bytes, uint64_t limi
 
 bool SetAside(const std::string& path, uint64_t limit)
 {
-    simulated::Processor().Point();
+    const simulated::Call call("renaming a file");
     auto& files = TheStorage().files;
     const std::string native = NativePath(path);
     const auto found = files.find(native);
     if (found == files.end() || found->second.size() < limit) return true;
-    if (TheStorage().taken == native) return false;
+    if (call.Fails() || TheStorage().taken == native) return false;
     files[native + ".1"] = std::move(found->second);
     files.erase(native);
     return true;

@@ -3,13 +3,13 @@
 #include <utility>
 
 #include "platform/posix/reg_file.h"
-#include "platform/simulated/machine/scheduler.h"
+#include "platform/simulated/machine/call.h"
 #include "platform/simulated/machine/storage.h"
 
 namespace marbex::platform {
 namespace {
 
-using simulated::Processor;
+using simulated::Call;
 
 RegDocument& Hive()
 {
@@ -32,8 +32,8 @@ class SimulatedRegistry final : public Registry {
 public:
     bool KeyExists(std::string_view path) const override
     {
-        Processor().Point();
-        return Hive().KeyExists(FullPath(path));
+        const Call call("look into the registry");
+        return !call.Fails() && Hive().KeyExists(FullPath(path));
     }
 
     std::optional<std::vector<std::string>> Subkeys(std::string_view path) const override
@@ -55,9 +55,9 @@ public:
 
     std::optional<RegistryValue> Value(std::string_view path, std::string_view name) const override
     {
-        Processor().Point();
+        const Call call("value of the registry");
         const RegEntry* entry = Hive().FindEntry(FullPath(path), name);
-        if (entry == nullptr) return std::nullopt;
+        if (entry == nullptr || call.Fails()) return std::nullopt;
         return entry->value;
     }
 
@@ -76,14 +76,14 @@ public:
 
     bool DeleteValue(std::string_view path, std::string_view name) override
     {
-        Processor().Point();
-        return Hive().DeleteEntry(FullPath(path), name);
+        const Call call("change of the registry");
+        return !call.Fails() && Hive().DeleteEntry(FullPath(path), name);
     }
 
     bool DeleteKey(std::string_view path) override
     {
-        Processor().Point();
-        return Hive().DeleteKey(FullPath(path));
+        const Call call("change of the registry");
+        return !call.Fails() && Hive().DeleteKey(FullPath(path));
     }
 
     std::string LastProblem() const override { return {}; }

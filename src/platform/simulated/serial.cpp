@@ -3,16 +3,18 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 #include "platform/serial.h"
 
 #include "platform/simulated/machine/cable.h"
+#include "platform/simulated/machine/call.h"
 
 namespace marbex::platform {
 namespace {
 
 using simulated::Cable;
-using simulated::Processor;
+using simulated::Call;
 
 constexpr uint32_t kNoSuchDevice = 2;
 constexpr uint32_t kInputOutputError = 5;
@@ -23,32 +25,36 @@ constexpr std::string_view kLinkPrefix = "\\\\.\\";
 class SimulatedLine final : public SerialLine {
 public:
     explicit SimulatedLine(Cable& cable) : cable_(cable), connection_(cable.Connect()) {}
-    ~SimulatedLine() override { Close(); }
+    ~SimulatedLine() override
+    {
+        const Call call;
+        Shut();
+    }
 
     void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
 
     std::optional<LineSettings> Settings() override
     {
-        if (!Usable()) return std::nullopt;
+        if (!Usable("settings of a line")) return std::nullopt;
         return settings_;
     }
     bool Apply(const LineSettings& settings) override
     {
         settings_ = settings;
         cable_.bytesPerSecond = settings.baudRate / 10;
-        return Usable();
+        return Usable("change of a line's settings");
     }
     bool Apply(const SerialTimeouts& timeouts) override
     {
         timeouts_ = timeouts;
-        return Usable();
+        return Usable("time-outs of a line");
     }
-    bool SetDtr(bool) override { return Usable(); }
-    bool SetRts(bool) override { return Usable(); }
+    bool SetDtr(bool) override { return Usable("DTR"); }
+    bool SetRts(bool) override { return Usable("RTS"); }
 
     bool Purge(bool output, bool input) override
     {
-        if (!Usable()) return false;
+        if (!Usable("purge")) return false;
         if (output) cable_.Discard();
         if (input) cable_.DiscardInput();
         return true;
@@ -67,7 +73,8 @@ public:
 
     SerialTransfer Write(std::span<const std::byte> bytes) override
     {
-        if (!Usable()) return {};
+        if (!Usable("write to a line")) return {};
+        const simulated::Apart apart;
         const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         TransferLimit limit(Total(timeouts_.writeConstant, timeouts_.writeMultiplier, bytes.size()), *stop_);
         std::size_t offered = 0;
@@ -85,10 +92,9 @@ public:
 
     bool Close() override
     {
-        Processor().Point();
-        if (open_) cable_.Close(connection_, true);
-        open_ = false;
-        return true;
+        const Call call("close of a line");
+        Shut();
+        return !call.Fails();
     }
 
     bool IsGone() const override { return gone_; }
@@ -97,7 +103,8 @@ public:
 private:
     SerialTransfer ReadWithin(std::span<std::byte> buffer, const TransferLimit& limit)
     {
-        if (!Usable()) return {};
+        if (!Usable("read of a line")) return {};
+        const simulated::Apart apart;
         auto* const room = reinterpret_cast<char*>(buffer.data());
         std::size_t count = 0;
         for (;;) {
@@ -128,10 +135,15 @@ private:
         return gone_;
     }
 
-    bool Usable()
+    bool Usable(const char* what)
     {
-        Processor().Point();
-        return !Gone();
+        const Call call(what);
+        return !Gone() && !call.Fails();
+    }
+
+    void Shut()
+    {
+        if (std::exchange(open_, false)) cable_.Close(connection_, true);
     }
 
     Cable& cable_;
@@ -145,42 +157,52 @@ private:
 
 class SimulatedSerial final : public SerialSystem {
 public:
-    std::size_t CountPorts() override { return Wired().size(); }
+    std::size_t CountPorts() override
+    {
+        return simulated::CallFails("count of the ports") ? 0 : Wired().size();
+    }
 
     std::optional<std::vector<SerialPortEntry>> Ports() override
     {
+        const simulated::Apart apart;
+        if (simulated::CallFails("map of the ports")) return std::nullopt;
         std::vector<SerialPortEntry> ports;
         for (const auto& [port, cable] : Wired())
             ports.push_back({kDeviceFolder + port, port});
         return ports;
     }
 
-    std::optional<SystemVersion> Version(uint32_t&) override
+    std::optional<SystemVersion> Version(uint32_t& error) override
     {
+        if (simulated::CallFails("version of the system")) return Failed(error), std::nullopt;
         return SystemVersion{SystemVersion::Family::kWindowsNt, 10, 0};
     }
 
-    LinkState QueryLink(const std::string& name, uint32_t&) override
+    LinkState QueryLink(const std::string& name, uint32_t& error) override
     {
-        Processor().Point();
+        const Call call("query of a link");
+        if (call.Fails()) return Failed(error), LinkState::kError;
         return links_.contains(name) ? LinkState::kPresent : LinkState::kMissing;
     }
 
-    bool DefineLink(const std::string& name, const std::string& target, uint32_t&) override
+    bool DefineLink(const std::string& name, const std::string& target, uint32_t& error) override
     {
-        Processor().Point();
+        const Call call("definition of a link");
+        if (call.Fails()) return Failed(error);
         links_[name] = target;
         return true;
     }
 
     void RemoveLink(const std::string& name, const std::string&) override
     {
-        Processor().Point();
+        const Call call;
         links_.erase(name);
     }
 
     std::unique_ptr<SerialLine> Open(const std::string& path, uint32_t& error) override
     {
+        const simulated::Apart apart;
+        if (simulated::CallFails("open of a line")) return Failed(error), nullptr;
         std::string_view name = path;
         if (name.starts_with(kLinkPrefix)) name.remove_prefix(kLinkPrefix.size());
         const auto link = links_.find(std::string(name));
@@ -201,8 +223,14 @@ public:
 private:
     static const std::map<std::string, Cable*>& Wired()
     {
-        Processor().Point();
+        simulated::Processor().Point();
         return simulated::TheWiring().serial;
+    }
+
+    static bool Failed(uint32_t& error)
+    {
+        error = kInputOutputError;
+        return false;
     }
 
     std::map<std::string, std::string> links_;

@@ -4,17 +4,22 @@
 #include "platform/tcp.h"
 
 #include "platform/simulated/machine/cable.h"
+#include "platform/simulated/machine/call.h"
 
 namespace marbex::platform {
 namespace {
 
 using simulated::Cable;
+using simulated::Call;
 using simulated::Processor;
 
 // The numbers that Linux has for these.
 constexpr uint32_t kBrokenPipe = 32;
+constexpr uint32_t kInputOutput = 5;
 constexpr uint32_t kBadDescriptor = 9;
+constexpr uint32_t kTooManyOpen = 24;
 constexpr uint32_t kReset = 104;
+constexpr uint32_t kNoBuffers = 105;
 constexpr uint32_t kNotConnected = 107;
 constexpr uint32_t kTimedOut = 110;
 constexpr uint32_t kRefused = 111;
@@ -28,16 +33,18 @@ public:
 
     bool Create() override
     {
-        Processor().Point();
+        const Call call("socket");
         Shut();
+        if (call.Fails()) return Fail(kTooManyOpen);
         made_ = true;
         return true;
     }
 
     bool Connect(uint32_t address, uint16_t port, uint32_t timeoutMilliseconds) override
     {
-        Processor().Point();
+        const Call call("connect");
         if (!made_) return Fail(kBadDescriptor);
+        if (call.Fails()) return Fail(kRefused);
         const TransferLimit limit(timeoutMilliseconds, *stop_);
         const auto found = simulated::TheWiring().tcp.find({address, port});
         if (found == simulated::TheWiring().tcp.end() || found->second == nullptr) {
@@ -60,8 +67,9 @@ public:
 
     TcpTransfer Send(std::span<const std::byte> bytes) override
     {
-        Processor().Point();
+        const Call call("send");
         if (cable_ == nullptr) return Failed(kNotConnected);
+        if (call.Fails()) return Failed(kNoBuffers);
         const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         TransferLimit limit(sendTimeout_, *stop_);
         std::size_t count = 0;
@@ -94,16 +102,16 @@ public:
 
     void DiscardInput() override
     {
-        Processor().Point();
+        const Call call;
         if (cable_ != nullptr) cable_->DiscardInput();
     }
 
     bool Close() override
     {
-        Processor().Point();
+        const Call call("close of a socket");
         if (!made_) return Fail(kBadDescriptor);
         Shut();
-        return true;
+        return call.Fails() ? Fail(kInputOutput) : true;
     }
 
     uint32_t LastError() const override { return lastError_; }
@@ -111,8 +119,9 @@ public:
 private:
     TcpTransfer ReceiveWithin(std::span<std::byte> buffer, const TransferLimit& limit)
     {
-        Processor().Point();
+        const Call call("receive");
         if (cable_ == nullptr) return Failed(kNotConnected);
+        if (call.Fails()) return Failed(kNoBuffers);
         while (!cable_->HasInput()) {
             if (cable_->State(connection_) == Cable::Line::kFinished) return {TcpStatus::kOk, 0};
             if (cable_->State(connection_) != Cable::Line::kConnected) return Failed(kReset);
@@ -130,7 +139,7 @@ private:
 
     bool SetTimeout(uint32_t& timeout, uint32_t milliseconds)
     {
-        if (!made_) return Fail(kBadDescriptor);
+        if (!made_ || simulated::CallFails("time-out of a socket")) return Fail(kBadDescriptor);
         timeout = std::max(milliseconds, 1U);
         return true;
     }

@@ -7,6 +7,7 @@
 
 #include "platform/files.h"
 #include "platform/simulated/kernel_state.h"
+#include "platform/simulated/machine/call.h"
 
 namespace marbex::platform {
 namespace {
@@ -82,7 +83,8 @@ ThreadId CurrentThreadId()
 
 std::unique_ptr<Thread> Thread::Start(std::function<void()> body)
 {
-    Processor().Point();
+    const simulated::Call call("thread");
+    if (call.Fails()) return nullptr;
     return std::make_unique<ThreadHandle>(std::move(body));
 }
 

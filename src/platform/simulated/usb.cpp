@@ -6,13 +6,14 @@
 #include "platform/usb.h"
 
 #include "platform/simulated/machine/cable.h"
+#include "platform/simulated/machine/call.h"
 #include "platform/unicode.h"
 
 namespace marbex::platform {
 namespace {
 
 using simulated::Cable;
-using simulated::Processor;
+using simulated::Call;
 
 constexpr uint32_t kNoSuchDevice = 19;
 constexpr const char* kDeviceName = "Vid_F055&Pid_0001";
@@ -32,13 +33,18 @@ std::string PathOf(const std::string& printer)
 class SimulatedPipe final : public UsbPipe {
 public:
     SimulatedPipe(Cable& cable, uint64_t connection) : cable_(cable), connection_(connection) {}
-    ~SimulatedPipe() override { Close(); }
+    ~SimulatedPipe() override
+    {
+        const Call call;
+        Shut();
+    }
 
     void HeedStop(const StopSignal& stop) override { stop_ = &stop; }
 
     UsbTransfer Write(std::span<const std::byte> bytes, uint32_t timeoutMilliseconds) override
     {
-        Processor().Point();
+        const Call call("write to a pipe");
+        if (call.Fails()) return {UsbStatus::kNoResult, 0};
         const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         TransferLimit limit(timeoutMilliseconds, *stop_);
         std::size_t offered = 0;
@@ -66,24 +72,27 @@ public:
 
     bool Cancel() override
     {
-        Processor().Point();
+        const Call call("cancelling a pipe");
         cable_.Discard();
-        return true;
+        return !call.Fails();
     }
 
     bool Close() override
     {
-        Processor().Point();
-        cable_.Close(connection_, true);
-        return true;
+        const Call call("close of a pipe");
+        Shut();
+        return !call.Fails();
     }
 
     uint32_t LastError() const override { return gone_ ? kNoSuchDevice : 0; }
 
 private:
+    void Shut() { cable_.Close(connection_, true); }
+
     UsbTransfer ReadWithin(std::span<std::byte> buffer, const TransferLimit& limit)
     {
-        Processor().Point();
+        const Call call("read of a pipe");
+        if (call.Fails()) return {UsbStatus::kNoResult, 0};
         for (;;) {
             if (Gone()) return {UsbStatus::kGone, 0};
             if (cable_.HasInput())
@@ -109,7 +118,8 @@ class SimulatedUsb final : public UsbSystem {
 public:
     std::optional<std::vector<std::string>> Subkeys(const std::string& key) override
     {
-        Processor().Point();
+        const Call call("list of the USB devices");
+        if (call.Fails()) return std::nullopt;
         const std::string path = Folded(key);
         std::vector<std::string> names;
         for (const auto& [printer, cable] : simulated::TheWiring().usb) {
@@ -122,13 +132,14 @@ public:
 
     bool KeyExists(const std::string&) override
     {
-        Processor().Point();
-        return true;
+        const Call call("look for a USB device");
+        return !call.Fails();
     }
 
     std::optional<std::string> Text(const std::string& key, const std::string& value) override
     {
-        Processor().Point();
+        const Call call("text of a USB device");
+        if (call.Fails()) return std::nullopt;
         const std::string path = Folded(key);
         for (const auto& [printer, cable] : simulated::TheWiring().usb) {
             const std::string prefix = PrefixOf(printer);
@@ -141,7 +152,8 @@ public:
 
     std::vector<std::string> PresentInterfaces() override
     {
-        Processor().Point();
+        const Call call("list of the USB interfaces");
+        if (call.Fails()) return {};
         std::vector<std::string> paths;
         for (const auto& [printer, cable] : simulated::TheWiring().usb) {
             if (!cable->Unplugged()) paths.push_back(PathOf(printer));
@@ -153,9 +165,9 @@ public:
 
     std::unique_ptr<UsbPipe> OpenPipe(const std::string& path, Direction direction, uint32_t& error) override
     {
-        Processor().Point();
+        const Call call("open of a pipe");
         for (const auto& [printer, cable] : simulated::TheWiring().usb) {
-            if (cable->Unplugged() || !path.starts_with(PathOf(printer))) continue;
+            if (call.Fails() || cable->Unplugged() || !path.starts_with(PathOf(printer))) continue;
             if (direction == Direction::kWrite) writing_ = cable->Connect();  // it is opened first
             return std::make_unique<SimulatedPipe>(*cable, writing_);
         }

@@ -6,6 +6,7 @@
 
 #include "platform/lock.h"
 #include "platform/simulated/kernel_state.h"
+#include "platform/simulated/machine/call.h"
 
 namespace marbex::platform {
 namespace {
@@ -58,7 +59,7 @@ void SleepFor(Waiter& waiter, Moment until)
 
 WaitResult WaitFor(std::span<NativeObject* const> objects, Wanted wanted, bool forMessages, uint32_t timeout)
 {
-    Processor().Point();
+    const simulated::Call call;
     Waiter waiter(objects, wanted, forMessages, Processor().Current());
     if (TryTake(waiter)) return waiter.result;
     if (timeout != 0 && !HasMessages(waiter)) {
@@ -107,6 +108,7 @@ void Waiter::Tell(std::ostream& report) const
 
 void Offer(NativeObject& object)
 {
+    const simulated::Apart apart;
     for (Waiter* waiter : object.waiters) {
         if (waiter->satisfied || !TryTake(*waiter)) continue;
         waiter->satisfied = true;

@@ -5,10 +5,12 @@
 #include <utility>
 
 #include "platform/simulated/kernel_state.h"
+#include "platform/simulated/machine/call.h"
 
 namespace marbex::platform {
 namespace {
 
+using simulated::Call;
 using simulated::Processor;
 
 constexpr std::size_t kMaximumMessages = 10000;  // what Windows grants a thread
@@ -46,7 +48,7 @@ public:
 
     ~SimulatedWindow() override
     {
-        Processor().Point();
+        const Call call;
         state_->closing = true;
         if (BelongsToCallingThread() || state_->queue->threadEnded) {
             DestroyWindow(*state_);
@@ -63,8 +65,9 @@ public:
 
     bool Post(uint32_t message, uintptr_t wParam, intptr_t lParam) override
     {
+        const simulated::Apart apart;
         MessageQueue& queue = *state_->queue;
-        if (state_->closing || queue.threadEnded || queue.messages.size() >= kMaximumMessages) return false;
+        if (simulated::CallFails("posting a message") || state_->closing || queue.threadEnded || queue.messages.size() >= kMaximumMessages) return false;
         queue.messages.push_back({state_, false, message, wParam, lParam});
         WakeSleeper(queue);
         Processor().Point();
@@ -73,7 +76,7 @@ public:
 
     void Withdraw(uint32_t first, uint32_t last, const std::function<void(uintptr_t wParam)>& taken) override
     {
-        Processor().Point();
+        const Call call;
         if (!BelongsToCallingThread() && !state_->queue->threadEnded) return;
         for (const PostedMessage& message : TakeOut(*state_->queue, [&](const PostedMessage& posted) {
                  return posted.window == state_ && !posted.destroys && posted.message >= first &&
@@ -101,8 +104,8 @@ MessageQueue& QueueOf(simulated::Task& task)
 
 std::unique_ptr<Window> Window::Create(const char*, const char*, WindowProcedure& procedure)
 {
-    Processor().Point();
-    if (procedure.OnCreate() == -1) return nullptr;
+    const Call call("window");
+    if (call.Fails() || procedure.OnCreate() == -1) return nullptr;
     QueueOf(Processor().Current());
     return std::make_unique<SimulatedWindow>(
         std::make_shared<WindowState>(WindowState{procedure, Processor().Current().queue}));
@@ -112,11 +115,12 @@ bool RunOneMessage()
 {
     static const std::function<intptr_t()> defaultProcedure = [] { return intptr_t{0}; };
 
-    Processor().Point();
+    const Call call;
     MessageQueue& queue = QueueOf(Processor().Current());
     if (queue.messages.empty()) return false;
     const PostedMessage posted = std::move(queue.messages.front());
     queue.messages.pop_front();
+    const simulated::Within within;
     if (posted.destroys) {
         DestroyWindow(*posted.window);
     } else {

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/simulated/machine/call.h"
+
 namespace marbex::simulated {
 namespace {
 
@@ -41,6 +43,7 @@ void Scheduler::Run(uint64_t seed, const Pace& pace, Failed failed, const std::f
 void Scheduler::Point()
 {
     if (current_ == nullptr || acting_) return;
+    const Apart apart;
     if (++points_ > pace_.mostPoints) Fail("the run does not end");
     Advance(now_ + 1);
     if (random_.OneIn(pace_.stallOneIn)) {
@@ -54,6 +57,7 @@ void Scheduler::Point()
 
 bool Scheduler::Sleep(Moment until, const Reason& reason)
 {
+    const Apart apart;
     Task& self = *current_;
     self.woken = false;
     self.reason = &reason;
@@ -93,6 +97,7 @@ void Scheduler::RunBody()
 
 void Scheduler::EndCurrent()
 {
+    ++current_->apart;
     current_->state = Task::State::kEnded;
     current_->body = nullptr;
     GoOn();

@@ -58,6 +58,7 @@ struct Task {
     std::function<void()> body;
     std::vector<platform::NativeObject*> owned;  // mutexes
     std::shared_ptr<platform::MessageQueue> queue;
+    int apart = 0;  // not 0: it does what is not the driver's own (call.h)
 };
 
 // How wildly a run goes.
@@ -76,6 +77,7 @@ public:
     // Runs first as the first thread until it returns. Threads that it leaves behind never run again.
     void Run(uint64_t seed, const Pace& pace, Failed failed, const std::function<void()>& first);
     bool IsRunning() const { return current_ != nullptr; }
+    bool IsActing() const { return acting_; }  // the machine itself does something
 
     // A call of the platform layer. Nothing happens outside of Run.
     void Point();
