@@ -8,18 +8,19 @@
 namespace marbex::tests {
 namespace {
 
-constexpr std::string_view kLineBegin = "coffee 2,40 <J";
+constexpr std::string_view kLineBegin = "coffee 2,40 ";
 
-std::string MarkedLine(int number, int line)
+std::string Mark(int number, int line)
 {
-    char text[40];
-    std::snprintf(text, sizeof text, "%s%04d.%03d>", kLineBegin.data(), number, line);
-    return text;
+    char mark[24];
+    std::snprintf(mark, sizeof mark, "<J%04d.%03d>", number, line);
+    return mark;
 }
 
 std::string NameOf(const Job& job)
 {
-    std::string name = job.lines > 0 ? "job " : "cut ";
+    static constexpr const char* kNames[] = {"job ", "cut ", "bar code ", "picture "};
+    std::string name = kNames[static_cast<std::size_t>(job.kind)];
     name += std::to_string(job.number) + (job.async ? " (async" : " (sync");
     if (job.transaction != 0) name += ", transaction " + std::to_string(job.transaction);
     return name + ", id " + std::to_string(job.outputId) + ", result " + std::to_string(job.result) + ")";
@@ -29,16 +30,19 @@ std::string NameOf(const Job& job)
 std::map<int, int> CountCopies(std::string_view trace, const std::vector<Job>& jobs, std::string_view end)
 {
     std::map<int, int> copies;
-    std::map<int, int> next;            // line that continues a copy
-    constexpr std::size_t kLength = 9;  // of what follows the beginning of a line
-    for (std::size_t at = trace.find(kLineBegin); at != std::string_view::npos; at = trace.find(kLineBegin, at + 1)) {
-        const std::string_view mark = trace.substr(at + kLineBegin.size(), kLength);
-        if (mark.size() < kLength || mark[4] != '.' || mark[8] != '>') continue;
-        const int number = std::atoi(std::string(mark.substr(0, 4)).c_str());
-        const int line = std::atoi(std::string(mark.substr(5, 3)).c_str());
+    std::map<int, int> next;  // line that continues a copy
+    constexpr std::size_t kLength = 11;
+    for (std::size_t at = trace.find("<J"); at != std::string_view::npos; at = trace.find("<J", at + 1)) {
+        const std::string_view mark = trace.substr(at, kLength);
+        if (mark.size() < kLength || mark[6] != '.' || mark[10] != '>') continue;
+        const int number = std::atoi(std::string(mark.substr(2, 4)).c_str());
+        const int line = std::atoi(std::string(mark.substr(7, 3)).c_str());
         if (number < 1 || number > static_cast<int>(jobs.size())) continue;
-        const bool last = line + 1 == jobs[static_cast<std::size_t>(number) - 1].lines;
-        if (!trace.substr(at + kLineBegin.size() + kLength).starts_with(last ? end : "\n")) continue;
+        const Job& job = jobs[static_cast<std::size_t>(number) - 1];
+        const bool last = line + 1 == job.lines;
+        if (job.kind == Job::Kind::kText &&
+            (!trace.substr(0, at).ends_with(kLineBegin) || !trace.substr(at + kLength).starts_with(last ? end : "\n")))
+            continue;
         int& wanted = next[number];
         if (line == 0) wanted = 0;
         if (line != wanted) continue;
@@ -53,10 +57,11 @@ constexpr std::string_view kEndOfText{"\n\x1B!\0\x1Bt\0", 7};
 
 }  // namespace
 
-int Account::Begin(int lines, bool async, int transaction, bool confirmable)
+int Account::Begin(Job::Kind kind, int lines, bool async, int transaction, bool confirmable)
 {
     Job job;
     job.number = static_cast<int>(jobs_.size()) + 1;
+    job.kind = kind;
     job.lines = lines;
     job.async = async;
     job.transaction = transaction;
@@ -70,9 +75,11 @@ int Account::Begin(int lines, bool async, int transaction, bool confirmable)
 
 std::string Account::TextOf(int number) const
 {
+    const Job& job = jobs_[static_cast<std::size_t>(number) - 1];
+    if (job.kind != Job::Kind::kText) return Mark(number, 0);
     std::string text;
-    for (int line = 0; line < jobs_[static_cast<std::size_t>(number) - 1].lines; ++line)
-        text += MarkedLine(number, line) + '\n';
+    for (int line = 0; line < job.lines; ++line)
+        text.append(kLineBegin).append(Mark(number, line)) += '\n';
     return text;
 }
 
@@ -137,7 +144,8 @@ int Account::CompletionsOfOthers(const Job& job) const
         return opening == job.opening && (id == job.completesAs || id == 0);
     };
     const auto cuts = std::count_if(jobs_.begin(), jobs_.end(), [&](const Job& cut) {
-        return cut.lines == 0 && cut.result == 0 && same(cut.opening, cut.outputId == 0 ? 0 : cut.outputId - 1);
+        return cut.kind == Job::Kind::kCut && cut.result == 0 &&
+               same(cut.opening, cut.outputId == 0 ? 0 : cut.outputId - 1);
     });
     const auto transactions =
         std::count_if(transactionsEnded_.begin(), transactionsEnded_.end(),
@@ -148,7 +156,8 @@ int Account::CompletionsOfOthers(const Job& job) const
 void Account::JudgeJob(const Job& job, const Copies& copies, const Traces& traces)
 {
     if (job.ended == 0 || !job.printsItself || job.forgotten) return;
-    const bool out = job.lines == 0 || copies.taken > 0;
+    // Which cut, or which picture, the link has taken nobody can tell.
+    const bool out = job.kind == Job::Kind::kCut || job.kind == Job::Kind::kPicture || copies.taken > 0;
     const auto complain = [&](const char* what) { complaints_.push_back(NameOf(job) + ' ' + what); };
     if (job.result != 0) {
         // Of a transaction a part may well have gone out.
@@ -177,7 +186,7 @@ void Account::JudgeJob(const Job& job, const Copies& copies, const Traces& trace
         complain("is lost, and nobody was told");
     }
     if (job.completions == 0 && job.outputId != 0 && out && !Excused(job) && job.begun > eventsDropped_) {
-        if (job.lines == 0 && oddAnswers_ > 0) return;
+        if (job.kind == Job::Kind::kCut && oddAnswers_ > 0) return;
         complain("was never reported complete");
     }
 }

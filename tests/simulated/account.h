@@ -12,7 +12,9 @@ namespace marbex::tests {
 
 // One call that prints something.
 struct Job {
+    enum class Kind : uint8_t { kText, kCut, kBarCode, kPicture };
     int number = 0;
+    Kind kind = Kind::kText;
     int lines = 0;  // marked ones that it carries; a cut has none
     bool async = false;
     int transaction = 0;  // 0: none
@@ -30,12 +32,12 @@ struct Job {
 
 class Account {
 public:
-    int Begin(int lines, bool async, int transaction, bool confirmable);
+    int Begin(Job::Kind kind, int lines, bool async, int transaction, bool confirmable);
     // The result of the call. ownId: nobody else printed meanwhile, so it is the job's.
     void End(int number, int32_t result, int32_t ownId);
     // Another thread changed meanwhile what becomes of output: nobody can say what is right for this job.
     void Forget(int number);
-    std::string TextOf(int number) const;  // marked lines, each with its line feed
+    std::string TextOf(int number) const;  // marked lines, each with its line feed; the mark alone of a bar code
 
     void Opened() { ++opening_; }
     int Opening() const { return opening_; }

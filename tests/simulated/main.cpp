@@ -9,10 +9,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "failures.h"
 #include "run.h"
 
 namespace marbex::tests {
@@ -27,24 +29,30 @@ void Share(const Outcome& outcome)
     *shared = outcome;
 }
 
-Outcome RunApart(uint64_t seed, bool aloud)
+// run has to call finished with what the run came to.
+Outcome RunApart(const std::string& name, const std::function<void(void (*finished)(const Outcome&))>& run)
 {
     *shared = {};
     std::fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
         alarm(kLongestRunSeconds);
-        RunSeed(seed, aloud, Share);
+        run(Share);
         std::fflush(stdout);
         _exit(0);
     }
     int status = 0;
     waitpid(child, &status, 0);
     if (WIFSIGNALED(status)) {
-        std::printf("seed %llu: ended by signal %d\n", static_cast<unsigned long long>(seed), WTERMSIG(status));
+        std::printf("%s: ended by signal %d\n", name.c_str(), WTERMSIG(status));
         shared->good = false;
     }
     return *shared;
+}
+
+Outcome RunApart(uint64_t seed, bool aloud)
+{
+    return RunApart("seed " + std::to_string(seed), [=](auto finished) { RunSeed(seed, aloud, finished); });
 }
 
 struct Totals {
@@ -54,13 +62,31 @@ struct Totals {
     uint64_t fingerprint = 0;  // of all runs together
 };
 
-void RunOne(uint64_t seed, Totals& totals)
+void Add(const Outcome& outcome, Totals& totals)
 {
-    const Outcome outcome = RunApart(seed, false);
     ++totals.runs;
     totals.prints += outcome.prints;
     totals.fingerprint = totals.fingerprint * 31 + outcome.fingerprint;
     if (!outcome.good) ++totals.bad;
+}
+
+void RunOne(uint64_t seed, Totals& totals)
+{
+    Add(RunApart(seed, false), totals);
+}
+
+// Everything that can fail fails once, one thing a run, until a run has had nothing left to fail.
+void FailEverything(simulated::Mishap::Kind kind, uint64_t step, Totals& totals)
+{
+    for (const Link link : {Link::kTcp, Link::kSerial, Link::kUsb}) {
+        uint64_t when = 1;
+        for (Outcome outcome; when == 1 || outcome.mishaps >= when - step; when += step) {
+            const std::string name =
+                "failure " + std::to_string(when) + " of link " + std::to_string(static_cast<int>(link));
+            outcome = RunApart(name, [=](auto finished) { RunFailure(link, kind, when, false, finished); });
+            Add(outcome, totals);
+        }
+    }
 }
 
 std::vector<uint64_t> SeedsOf(const char* file)
@@ -81,6 +107,8 @@ int Usage()
                  "       simulation --prints N                runs from seed 1 on, until so much is printed\n"
                  "       simulation --list FILE               the seeds of a file, a line each\n"
                  "       simulation --twice FROM..TO          each seed twice: both runs must be the same\n"
+                 "       simulation --calls STEP              each call of the system that can fail does, one a run\n"
+                 "       simulation --allocations STEP        likewise each allocation; every STEP-th of them\n"
                  "       simulation --deadlock                two threads that wait for each other\n");
     return 64;
 }
@@ -132,6 +160,9 @@ int Main(int argc, char** argv)
             std::printf("seed %llu: two runs differ\n", static_cast<unsigned long long>(seed));
             ++totals.bad;
         }
+    } else if (what == "--calls" || what == "--allocations") {
+        FailEverything(what == "--calls" ? simulated::Mishap::Kind::kCall : simulated::Mishap::Kind::kAllocation,
+                       std::strtoull(argv[2], nullptr, 10), totals);
     } else {
         return Usage();
     }

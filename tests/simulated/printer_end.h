@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,14 @@ public:
         printer.Observe([this](const auto&, const virtual_printer::Happening& happening) {
             if (const auto* line = std::get_if<virtual_printer::TextLine>(&happening))
                 paper += line->text + (line->wrapped ? "" : "\n");
+            if (const auto* code = std::get_if<virtual_printer::Barcode>(&happening); code != nullptr && code->printed)
+                paper += code->text + '\n';
+            if (const auto* image = std::get_if<virtual_printer::RasterImage>(&happening);
+                image != nullptr && image->complete) {
+                char mark[24];
+                std::snprintf(mark, sizeof mark, "<J%04d.000>\n", image->height);
+                paper += mark;
+            }
         });
     }
 
@@ -28,7 +37,7 @@ public:
     void Lost() override { printer.LinkClosed(); }
 
     virtual_printer::VirtualPrinter printer;
-    std::string paper;  // the lines it printed
+    std::string paper;  // the lines it printed, what its bar codes say, and a mark with the height of each picture
 };
 
 }  // namespace marbex::tests

@@ -102,8 +102,8 @@ private:
         left("windows", platform::LiveWindows());
         left("kernel objects", platform::LiveObjects());
         if (cable_.IsConnected()) complaints_.emplace_back("the connection is left open");
-        for (const std::string& complaint : account_.Judge({Wire(), cable_.Delivered(), printer_.paper,
-                                                            setting_.confirms, setting_.link == Link::kSerial}))
+        for (const std::string& complaint : account_.Judge(
+                 {Wire(), cable_.Delivered(), printer_.paper, setting_.confirms, setting_.link == Link::kSerial}))
             complaints_.push_back(complaint);
     }
 
@@ -130,12 +130,19 @@ private:
         std::_Exit(1);
     }
 
+    static std::string Failed()
+    {
+        const std::string& what = simulated::TheMishap().what;
+        return what.empty() ? what : " (" + what + ")";
+    }
+
     void Finish()
     {
         for (const std::string& complaint : complaints_)
-            std::printf("%s: %s\n", setting_.name.c_str(), complaint.c_str());
+            std::printf("%s%s: %s\n", setting_.name.c_str(), Failed().c_str(), complaint.c_str());
         std::fflush(stdout);
-        finished_({complaints_.empty(), story_.Fingerprint(), static_cast<uint64_t>(prints_), Processor().Points()});
+        finished_({complaints_.empty(), story_.Fingerprint(), static_cast<uint64_t>(prints_), Processor().Points(),
+                   simulated::TheMishap().counted});
     }
 
     const Setting setting_;

@@ -1,9 +1,13 @@
 #include "till.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <new>
 
 #include "opos/common.h"
 #include "opos/printer.h"
+#include "platform/simulated/machine/call.h"
+#include "platform/simulated/machine/storage.h"
 
 namespace marbex::tests {
 namespace {
@@ -16,11 +20,52 @@ using simulated::Processor;
 constexpr Moment kLongestCall = Milliseconds(1'800'000);
 constexpr Moment kLongestClosing = Milliseconds(10'500);  // beyond the output that still goes out
 constexpr int32_t kNoDevice = opos::OPOS_E_ILLEGAL;
+constexpr int32_t kNoMemory = opos::OPOS_E_FAILURE;
 constexpr const char* kDropped = "Release of the last reference";
+
+constexpr const char* kPictureFile = "logo.bmp";
 
 std::string Signed(int32_t number)
 {
     return std::to_string(number);
+}
+
+// A black bitmap of two colours, 32 dots wide.
+std::string BlackPicture(int rows)
+{
+    constexpr std::size_t kHeaders = 14 + 40 + 8;
+    std::string file = "BM";
+    const auto put = [&file](uint32_t number, int bytes) {
+        for (; bytes > 0; --bytes, number >>= 8)
+            file += static_cast<char>(number & 0xFF);
+    };
+    put(static_cast<uint32_t>(kHeaders) + 4U * static_cast<uint32_t>(rows), 4);
+    put(0, 4);
+    put(kHeaders, 4);
+    put(40, 4);
+    put(32, 4);
+    put(static_cast<uint32_t>(rows), 4);
+    put(1, 2);  // planes
+    put(1, 2);  // bits a dot
+    for (int left = 6; left > 0; --left)
+        put(0, 4);
+    put(0, 4);         // black
+    put(0xFFFFFF, 4);  // white
+    file.append(4 * static_cast<std::size_t>(rows), '\0');
+    return file;
+}
+
+// What a call of the service answers; no memory for it reaches the application as an exception of the automation.
+template <typename Method>
+int32_t Answer(const std::shared_ptr<POSPrinterDevice>& device, Method method)
+{
+    if (!device) return kNoDevice;
+    try {
+        const simulated::Within driver;
+        return method(*device);
+    } catch (const std::bad_alloc&) {
+        return kNoMemory;
+    }
 }
 
 }  // namespace
@@ -102,14 +147,26 @@ void Till::Complain(const std::string& what)
 int32_t Till::Number(int32_t property)
 {
     const auto device = Device();
-    return device ? device->GetPropertyNumber(property) : opos::OPOS_S_CLOSED;
+    return device ? Answer(device, [=](auto& there) { return there.GetPropertyNumber(property); })
+                  : opos::OPOS_S_CLOSED;
+}
+
+void Till::Set(int32_t property, bool on)
+{
+    Answer(Device(), [=](auto& there) { return there.SetPropertyNumber(property, on ? 1 : 0), 0; });
 }
 
 int32_t Till::Open()
 {
     Watch watch(*this, "OpenService");
     const bool wasOpen = IsOpen();
-    const int32_t result = watch.Returned(service_->OpenService("POSPrinter", "Till", &control_));
+    int32_t result = kNoMemory;
+    try {
+        const simulated::Within driver;
+        result = service_->OpenService("POSPrinter", "Till", &control_);
+    } catch (const std::bad_alloc&) {
+    }
+    watch.Returned(result);
     if (result != opos::OPOS_E_BUSY) {
         if (wasOpen) account_.Excuse();  // the service was closed on the way, without a word of its output
         frozen_ = controlFrozen_ = async_ = false;
@@ -142,7 +199,7 @@ int32_t Till::Close()
         look = Processor().At(Processor().Now() + Milliseconds(100), again);
     };
     look = Processor().At(Processor().Now() + Milliseconds(100), again);
-    const int32_t result = watch.Returned(device->CloseService());
+    const int32_t result = watch.Returned(Answer(device, [](auto& there) { return there.CloseService(); }));
     Processor().CallOff(look);
     if (!wasClosed) closed_ = device;
     // What a nested call, or one beside another call, leaves to that one is nobody's to report.
@@ -157,9 +214,12 @@ int32_t Till::Close()
 void Till::Drop()
 {
     Watch watch(*this, kDropped);
-    account_.Excuse();
+    {
+        const simulated::Within driver;
+        service_->LastReferenceGone();
+    }
+    account_.Excuse();  // what another thread printed meanwhile included
     account_.EventsDropped();
-    service_->LastReferenceGone();
     dropped_.push_back(std::move(service_));
     service_ = std::make_unique<server::MarbexOposPrnDriver>();
     transaction_ = 0;
@@ -171,7 +231,7 @@ int32_t Till::Claim(int32_t timeout)
     Watch watch(*this, "ClaimDevice(" + Signed(timeout) + ")");
     const auto device = Device();
     const bool closing = IsClosing();
-    const int32_t result = watch.Returned(device ? device->ClaimDevice(timeout) : kNoDevice);
+    const int32_t result = watch.Returned(Answer(device, [=](auto& there) { return there.ClaimDevice(timeout); }));
     if (result == 0) CountClaim(device, 1);
     if (closing && IsClosing() && result != opos::OPOS_E_TIMEOUT && result != kNoDevice)
         Complain("ClaimDevice of a closing device is " + Signed(result));
@@ -184,7 +244,7 @@ int32_t Till::Release()
     Watch watch(*this, "ReleaseDevice");
     const auto device = Device();
     const bool closing = IsClosing();
-    const int32_t result = watch.Returned(device ? device->ReleaseDevice() : kNoDevice);
+    const int32_t result = watch.Returned(Answer(device, [](auto& there) { return there.ReleaseDevice(); }));
     if (result == 0) {
         CountClaim(device, -1);
         account_.EventsDropped();
@@ -213,24 +273,25 @@ void Till::ExpectClaim()
 void Till::Enable()
 {
     Watch watch(*this, "DeviceEnabled = TRUE");
-    if (const auto device = Device()) device->SetPropertyNumber(opos::PIDX_DeviceEnabled, 1);
+    Set(opos::PIDX_DeviceEnabled, true);
 }
 
-int32_t Till::Printed(const std::string& what, int lines, bool queues, bool confirmable,
+int32_t Till::Printed(const std::string& what, Job::Kind kind, int lines, bool queues, bool confirmable,
                       const std::function<int32_t(POSPrinterDevice&, const std::string&)>& print)
 {
     const bool modeIsClear = modeCallsUnderWay_ == 0;
     const int modeCalls = modeCalls_;
     const bool async = queues && async_;
     const int transaction = queues ? transaction_ : 0;
-    const int number = account_.Begin(lines, async, transaction, confirmable);
+    const int number = account_.Begin(kind, lines, async, transaction, confirmable);
+    const std::string text = account_.TextOf(number);
     Watch watch(*this, what + " of job " + std::to_string(number));
     const auto device = Device();
     const int callsBefore = ++printCalls_;
     ++prints_;
     const bool frozen = IsFrozen();
-    const int32_t result = watch.Returned(device ? print(*device, account_.TextOf(number)) : kNoDevice);
-    const int32_t lastId = device ? device->GetPropertyNumber(opos::PIDX_OutputID) : 0;
+    const int32_t result = watch.Returned(Answer(device, [&](auto& there) { return print(there, text); }));
+    const int32_t lastId = device ? Number(opos::PIDX_OutputID) : 0;
     const bool undisturbed = callsBefore == printCalls_ && watch.Alone();
     if (!modeIsClear || modeCalls != modeCalls_) account_.Forget(number);
     account_.End(number, result, queues && undisturbed ? lastId : 0);
@@ -241,21 +302,23 @@ int32_t Till::Printed(const std::string& what, int lines, bool queues, bool conf
 
 int32_t Till::Print(int lines)
 {
-    return Printed("PrintNormal", lines, true, true, [](POSPrinterDevice& device, const std::string& text) {
-        return device.PrintNormal(opos::PTR_S_RECEIPT, text);
-    });
+    return Printed("PrintNormal", Job::Kind::kText, lines, true, true,
+                   [](POSPrinterDevice& device, const std::string& text) {
+                       return device.PrintNormal(opos::PTR_S_RECEIPT, text);
+                   });
 }
 
 int32_t Till::PrintNow()
 {
-    return Printed("PrintImmediate", 1, false, false, [](POSPrinterDevice& device, const std::string& text) {
-        return device.PrintImmediate(opos::PTR_S_RECEIPT, text);
-    });
+    return Printed("PrintImmediate", Job::Kind::kText, 1, false, false,
+                   [](POSPrinterDevice& device, const std::string& text) {
+                       return device.PrintImmediate(opos::PTR_S_RECEIPT, text);
+                   });
 }
 
 int32_t Till::SendRaw()
 {
-    return Printed("DirectIO", 1, true, false, [](POSPrinterDevice& device, const std::string& text) {
+    return Printed("DirectIO", Job::Kind::kText, 1, true, false, [](POSPrinterDevice& device, const std::string& text) {
         auto count = static_cast<int32_t>(text.size());
         std::u16string wide(text.begin(), text.end());
         return device.DirectIO(0, &count, &wide);
@@ -264,8 +327,27 @@ int32_t Till::SendRaw()
 
 int32_t Till::Cut()
 {
-    return Printed("CutPaper", 0, true, true,
+    return Printed("CutPaper", Job::Kind::kCut, 0, true, true,
                    [](POSPrinterDevice& device, const std::string&) { return device.CutPaper(90); });
+}
+
+int32_t Till::PrintBarCode()
+{
+    return Printed("PrintBarCode", Job::Kind::kBarCode, 1, true, true,
+                   [](POSPrinterDevice& device, const std::string& text) {
+                       return device.PrintBarCode(opos::PTR_S_RECEIPT, text, opos::PTR_BCS_Code128, 40, 300,
+                                                  opos::PTR_BC_LEFT, opos::PTR_BC_TEXT_BELOW);
+                   });
+}
+
+// As many rows high as the number of the job says.
+int32_t Till::PrintPicture()
+{
+    return Printed(
+        "PrintBitmap", Job::Kind::kPicture, 1, true, true, [](POSPrinterDevice& device, const std::string& text) {
+            simulated::TheStorage().files[kPictureFile] = BlackPicture(std::atoi(text.c_str() + 2));
+            return device.PrintBitmap(opos::PTR_S_RECEIPT, kPictureFile, opos::PTR_BM_ASIS, opos::PTR_BM_LEFT);
+        });
 }
 
 int32_t Till::BeginTransaction()
@@ -273,8 +355,8 @@ int32_t Till::BeginTransaction()
     Watch watch(*this, "TransactionPrint(11)");
     const ModeChange change(*this);
     const auto device = Device();
-    const int32_t result =
-        watch.Returned(device ? device->TransactionPrint(opos::PTR_S_RECEIPT, opos::PTR_TP_TRANSACTION) : kNoDevice);
+    const int32_t result = watch.Returned(Answer(
+        device, [](auto& there) { return there.TransactionPrint(opos::PTR_S_RECEIPT, opos::PTR_TP_TRANSACTION); }));
     if (result == 0 && transaction_ == 0) transaction_ = ++transactions_;
     return result;
 }
@@ -288,8 +370,8 @@ int32_t Till::EndTransaction()
     const bool async = async_;
     const int transaction = transaction_;
     const int callsBefore = printCalls_;
-    const int32_t result =
-        watch.Returned(device ? device->TransactionPrint(opos::PTR_S_RECEIPT, opos::PTR_TP_NORMAL) : kNoDevice);
+    const int32_t result = watch.Returned(
+        Answer(device, [](auto& there) { return there.TransactionPrint(opos::PTR_S_RECEIPT, opos::PTR_TP_NORMAL); }));
     if (frozen && result != 0 && result != opos::OPOS_E_BUSY) account_.Excuse();
     // Refused, it stays open.
     if (result == opos::OPOS_E_BUSY || result == opos::OPOS_E_CLOSED || result == opos::OPOS_E_NOTCLAIMED ||
@@ -305,7 +387,7 @@ int32_t Till::Clear()
 {
     Watch watch(*this, "ClearOutput");
     const auto device = Device();
-    const int32_t result = watch.Returned(device ? device->ClearOutput() : kNoDevice);
+    const int32_t result = watch.Returned(Answer(device, [](auto& there) { return there.ClearOutput(); }));
     if (result == 0) {
         account_.Excuse();
         account_.EventsDropped();
@@ -319,7 +401,8 @@ int32_t Till::CheckHealth()
     Watch watch(*this, "CheckHealth");
     const auto device = Device();
     const bool closing = IsClosing();
-    const int32_t result = watch.Returned(device ? device->CheckHealth(opos::OPOS_CH_INTERNAL) : kNoDevice);
+    const int32_t result =
+        watch.Returned(Answer(device, [](auto& there) { return there.CheckHealth(opos::OPOS_CH_INTERNAL); }));
     if (closing && IsClosing() && device && result != opos::OPOS_E_NOTCLAIMED)
         Complain("CheckHealth of a closing device is " + Signed(result));
     return result;
@@ -329,10 +412,9 @@ void Till::Async(bool on)
 {
     Watch watch(*this, on ? "AsyncMode = TRUE" : "AsyncMode = FALSE");
     const ModeChange change(*this);
-    const auto device = Device();
-    if (!device) return;
-    device->SetPropertyNumber(opos::PIDXPtr_AsyncMode, on ? 1 : 0);
-    async_ = device->GetPropertyNumber(opos::PIDXPtr_AsyncMode) != 0;
+    if (!Device()) return;
+    Set(opos::PIDXPtr_AsyncMode, on);
+    async_ = Number(opos::PIDXPtr_AsyncMode) != 0;
 }
 
 void Till::Freeze(bool on, bool byControlObject)
@@ -342,14 +424,15 @@ void Till::Freeze(bool on, bool byControlObject)
     if (!device) return;
     (byControlObject ? controlFrozen_ : frozen_) = on;
     if (byControlObject) {
-        device->COFreezeEvents(on);
+        Answer(device, [=](auto& there) { return there.COFreezeEvents(on); });
     } else {
-        device->SetPropertyNumber(opos::PIDX_FreezeEvents, on ? 1 : 0);
+        Set(opos::PIDX_FreezeEvents, on);
     }
 }
 
 void Till::OnEvent(const TillEvent& event, int32_t* response)
 {
+    const simulated::Apart apart;
     static constexpr const char* kNames[] = {"DirectIOEvent", "ErrorEvent", "OutputCompleteEvent", "StatusUpdateEvent"};
     story_.Tell(std::string("* ") + kNames[static_cast<std::size_t>(event.kind)] + ' ' + Signed(event.first) +
                 (response != nullptr ? "/" + Signed(event.second) : ""));

@@ -33,6 +33,8 @@ public:
     int32_t PrintNow();
     int32_t SendRaw();
     int32_t Cut();
+    int32_t PrintBarCode();
+    int32_t PrintPicture();
     int32_t BeginTransaction();
     int32_t EndTransaction();
     int32_t Clear();
@@ -63,7 +65,8 @@ private:
     class ModeChange;
 
     std::shared_ptr<device::POSPrinterDevice> Device() const { return service_->Device(); }
-    int32_t Printed(const std::string& what, int lines, bool queues, bool confirmable,
+    void Set(int32_t property, bool on);
+    int32_t Printed(const std::string& what, Job::Kind kind, int lines, bool queues, bool confirmable,
                     const std::function<int32_t(device::POSPrinterDevice&, const std::string&)>& print);
     void OnEvent(const TillEvent& event, int32_t* response);
     void OnError(const TillEvent& event, int32_t* response);

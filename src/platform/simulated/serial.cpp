@@ -157,10 +157,7 @@ private:
 
 class SimulatedSerial final : public SerialSystem {
 public:
-    std::size_t CountPorts() override
-    {
-        return simulated::CallFails("count of the ports") ? 0 : Wired().size();
-    }
+    std::size_t CountPorts() override { return simulated::CallFails("count of the ports") ? 0 : Wired().size(); }
 
     std::optional<std::vector<SerialPortEntry>> Ports() override
     {

@@ -67,7 +67,9 @@ public:
     {
         const simulated::Apart apart;
         MessageQueue& queue = *state_->queue;
-        if (simulated::CallFails("posting a message") || state_->closing || queue.threadEnded || queue.messages.size() >= kMaximumMessages) return false;
+        if (simulated::CallFails("posting a message") || state_->closing || queue.threadEnded ||
+            queue.messages.size() >= kMaximumMessages)
+            return false;
         queue.messages.push_back({state_, false, message, wParam, lParam});
         WakeSleeper(queue);
         Processor().Point();

@@ -4,7 +4,7 @@ namespace marbex::simulated {
 
 Mishap& TheMishap()
 {
-    static auto& mishap = *new Mishap;
+    static Mishap mishap;  // made without an allocation, which would ask for it
     return mishap;
 }
 
@@ -22,7 +22,7 @@ bool AllocationFails()
     if (mishap.kind != Mishap::Kind::kAllocation || !Processor().IsRunning() || Processor().IsActing()) return false;
     if (Processor().Current().apart != 0 || ++mishap.counted != mishap.when) return false;
     const Apart apart;
-    mishap.what = "allocation of thread " + Processor().Current().name;
+    mishap.what = "allocation of " + Processor().Current().name;
     return true;
 }
 
