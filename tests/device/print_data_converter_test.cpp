@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "common/code_page_registry.h"
 #include "opos/common.h"
 #include "opos/printer.h"
 #include "platform/files.h"
-#include "platform/registry.h"
 #include "platform/text.h"
 #include "support/service_log.h"
 
@@ -16,29 +16,6 @@ namespace marbex::device {
 namespace {
 
 using namespace std::string_literals;
-
-// A registry that holds nothing but the system's ANSI code page.
-class CodePageRegistry : public platform::Registry {
-public:
-    explicit CodePageRegistry(std::string codePage) : codePage_(std::move(codePage)) {}
-
-    bool KeyExists(std::string_view) const override { return true; }
-    std::optional<std::vector<std::string>> Subkeys(std::string_view) const override { return std::nullopt; }
-    std::optional<std::vector<platform::RegistryValue>> Values(std::string_view) const override { return std::nullopt; }
-    std::optional<platform::RegistryValue> Value(std::string_view, std::string_view name) const override
-    {
-        if (name != "ACP") return std::nullopt;
-        return platform::RegistryValue{"ACP", platform::RegistryType::kSz, codePage_};
-    }
-    bool CreateKey(std::string_view) override { return false; }
-    bool SetValue(std::string_view, const platform::RegistryValue&) override { return false; }
-    bool DeleteValue(std::string_view, std::string_view) override { return false; }
-    bool DeleteKey(std::string_view) override { return false; }
-    std::string LastProblem() const override { return {}; }
-
-private:
-    std::string codePage_;
-};
 
 // The bytes for the printer: every marker a 0x00.
 std::string Unmark(std::string text)
@@ -63,7 +40,7 @@ protected:
     // False on a system whose code page cannot be chosen.
     static bool UseAnsiCodePage(uint32_t number)
     {
-        platform::LoadAnsiCodePage(CodePageRegistry(std::to_string(number)));
+        platform::LoadAnsiCodePage(test::CodePageRegistry(std::to_string(number)));
         return platform::AnsiCodePage() == number;
     }
 
