@@ -1,217 +1,164 @@
 #include "comm/serial_transport.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "comm/serial_fixture.h"
+#include "comm/scripted_serial.h"
+#include "comm/story.h"
 
 namespace marbex::comm {
 namespace {
 
-using platform::LineControl;
 using platform::SerialTransfer;
+using platform::SystemVersion;
+using tests::ScriptedSerial;
 
-constexpr const char* kNotOpen = "Impossibile to perform the operation: device is not open";
+const std::map<std::string, SystemVersion::Family> kFamilies{{"9x", SystemVersion::Family::kWindows9x},
+                                                             {"nt", SystemVersion::Family::kWindowsNt},
+                                                             {"other", SystemVersion::Family::kOther}};
+const std::map<std::string, ScriptedSerial::LinkState> kLinks{{"present", ScriptedSerial::LinkState::kPresent},
+                                                              {"missing", ScriptedSerial::LinkState::kMissing},
+                                                              {"error", ScriptedSerial::LinkState::kError}};
 
-TEST_F(SerialTransport, ModemLinesLeaveHandshakeModeWhenTheyAreSet)
+// What is not as a line of ours always is comes in words.
+std::string Describe(const platform::LineSettings& line)
 {
-    EXPECT_EQ(transport.SetDTR(true), 103U);
-    EXPECT_EQ(transport.SetRTS(true), 103U);
-    Open();
-    EXPECT_EQ(transport.SetDTR(true), 0U);
-    EXPECT_EQ(serial.settings.dtr, LineControl::kEnabled);
-    EXPECT_EQ(serial.settings.rts, LineControl::kHandshake);
-    EXPECT_EQ(transport.SetRTS(false), 0U);
-    EXPECT_EQ(serial.settings.rts, LineControl::kEnabled);
-    EXPECT_EQ(serial.lines, (std::vector<std::string>{"DTR+", "RTS-"}));
-
-    serial.canSetLines = false;
-    EXPECT_EQ(transport.SetDTR(true), 118U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetDTR -  EscapeCommFunctions() error, SetDTR has failed");
-    EXPECT_EQ(transport.SetRTS(true), 119U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetRTS -  EscapeCommFunctions() error, SetRTS has failed");
-    serial.canApply = false;
-    EXPECT_EQ(transport.SetDTR(true), 108U);
-    EXPECT_EQ(transport.SetRTS(true), 108U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetRTS -  Open failed: error during SetCommState ");
-    serial.canGet = false;
-    EXPECT_EQ(transport.SetDTR(true), 115U);
-    EXPECT_EQ(transport.SetRTS(true), 115U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetRTS -  Impossible to get parameters: GetCommState has failed");
+    static constexpr const char* kParities[] = {"none", "odd", "even"};
+    static constexpr const char* kControls[] = {"disabled", "enabled", "handshake"};
+    std::ostringstream text;
+    text << line.baudRate << ' ' << int{line.byteSize} << ' ' << kParities[static_cast<int>(line.parity)] << ' '
+         << (line.stopBits == platform::StopBits::kTwo ? 2 : 1) << " dtr " << kControls[static_cast<int>(line.dtr)]
+         << " rts " << kControls[static_cast<int>(line.rts)];
+    const std::pair<bool, const char*> flags[] = {
+        {line.parityCheck, "parityCheck"},      {line.ctsOutputFlow, "cts"},    {line.dsrOutputFlow, "dsr"},
+        {line.dsrSensitivity, "dsrSensitive"},  {line.xonXoffOutput, "xonOut"}, {line.xonXoffInput, "xonIn"},
+        {line.replaceErrors, "replace"},        {line.stripNul, "strip"},       {line.abortOnError, "abort"},
+        {!line.continueAfterXoff, "stopsXoff"}, {!line.binary, "text"}};
+    for (const auto& [set, name] : flags)
+        text << (set ? std::string(" ") + name : "");
+    text << " limits " << line.xonLimit << ' ' << line.xoffLimit << " characters " << int{line.xonCharacter} << ' '
+         << int{line.xoffCharacter} << ' ' << int{line.eventCharacter};
+    return text.str();
 }
 
-TEST_F(SerialTransport, DisabledModemLinesCannotBeSet)
+// A machine with one serial port.
+class SerialStory : public tests::StoryTeller {
+protected:
+    SerialStory()
+    {
+        switches = {{"canOpen", &serial.canOpen},
+                    {"canDefine", &serial.canDefine},
+                    {"canGet", &serial.canGet},
+                    {"canApply", &serial.canApply},
+                    {"canLimit", &serial.canSetTimeouts},
+                    {"canSetLines", &serial.canSetLines},
+                    {"canPurge", &serial.canPurge},
+                    {"canClose", &serial.canClose},
+                    {"gone", &serial.gone},
+                    {"mapReadable", &serial.mapReadable},
+                    {"parityCheck", &serial.settings.parityCheck}};
+        verbs["init"] = [this](const Words& w) {
+            return Code(
+                transport.InitPort(w[0].c_str(), Number(w[1]), Number(w[2]), Number(w[3]), Number(w[4]), Number(w[5])));
+        };
+        verbs["open"] = [this](const Words&) { return Code(transport.OpenSerial()); };
+        verbs["opened"] = [this](const Words& w) {
+            transport.InitPort("COM1", 9600, 0, 8, 0, w.empty() ? 0 : Number(w[0]));
+            const uint32_t result = transport.OpenSerial();
+            log.Forget();
+            return Code(result);
+        };
+        verbs["close"] = [this](const Words&) { return Code(transport.CloseSerial()); };
+        verbs["dtr"] = [this](const Words& w) { return Code(transport.SetDTR(w[0] == "on")); };
+        verbs["rts"] = [this](const Words& w) { return Code(transport.SetRTS(w[0] == "on")); };
+        verbs["timeouts"] = [this](const Words& w) {
+            return Code(transport.SetTimeout(Number(w[0]), Number(w[1]), Number(w[2]), Number(w[3]), Number(w[4])));
+        };
+        verbs["packets"] = [this](const Words& w) {
+            return Code(transport.SetPacketSerial(Number(w[0]), Number(w[1])));
+        };
+        verbs["write"] = [this](const Words& w) {
+            const std::vector<uint8_t> bytes(Number(w[0]), 'x');
+            return Code(transport.WriteSerial(bytes.data(), Number(w[0])));
+        };
+        verbs["read"] = [this](const Words& w) {
+            uint32_t count = 99;
+            std::vector<uint8_t> room(Number(w[0]));
+            const uint32_t code = transport.ReadSerial(room.data(), Number(w[0]), &count);
+            return Code(code) + " " + Code(count);
+        };
+        verbs["moveNothing"] = [this](const Words&) {
+            uint32_t count = 0;
+            return Code(transport.WriteSerial(nullptr, 5)) + " " + Code(transport.ReadSerial(nullptr, 4, &count));
+        };
+        verbs["clean"] = [this](const Words& w) {
+            return Code(transport.CleanSerial(w[0] == "out", w.back() == "in"));
+        };
+        verbs["isPort"] = [this](const Words& w) {
+            return Code(transport.CheckCom(w.empty() ? "" : w[0].c_str()) != 0);
+        };
+        verbs["enumerate"] = [this](const Words& w) {
+            std::vector<char> list(Number(w[0]));
+            const uint32_t code = transport.EnumPorts(list);
+            return Code(code) + " " + list.data();
+        };
+        verbs["ports"] = [this](const Words& w) {
+            serial.ports.clear();
+            for (std::size_t i = 0; i < w.size(); i += 2)
+                serial.ports.push_back({w[i], w[i + 1]});
+            return "";
+        };
+        verbs["version"] = [this](const Words& w) {
+            serial.version.reset();
+            if (w[0] == "none") return std::string();
+            serial.version = SystemVersion{kFamilies.at(w[0]), Number(w[1]), Number(w[2])};
+            uint32_t code = 1, error = 0;
+            EXPECT_EQ(transport.GetSystemVersion(code, error), 1);
+            return Code(code);
+        };
+        verbs["link"] = [this](const Words& w) { return serial.link = kLinks.at(w[0]), ""; };
+        // "fails 0" or "moves 2": every write from now on; "at 2": only that one, all others move all.
+        verbs["writes"] = [this](const Words& w) { return Writes(w); };
+        verbs["reads"] = [this](const Words& w) { return serial.read = {w[0] == "moves", Number(w[1])}, ""; };
+        verbs["path"] = [this](const Words&) { return serial.openedPath; };
+        verbs["links"] = [this](const Words&) { return tests::Taken(serial.links); };
+        verbs["lines"] = [this](const Words&) { return tests::Taken(serial.lines); };
+        verbs["purges"] = [this](const Words&) { return tests::Taken(serial.purges); };
+        verbs["settings"] = [this](const Words&) { return Describe(serial.settings); };
+        verbs["limits"] = [this](const Words&) {
+            const auto& t = serial.timeouts;
+            return tests::Joined(
+                std::vector{t.readInterval, t.readConstant, t.readMultiplier, t.writeConstant, t.writeMultiplier});
+        };
+        verbs["handles"] = [this](const Words&) { return std::to_string(serial.opened); };
+        verbs["written"] = [this](const Words&) { return Code(transport.Use().BytesWritten()); };
+        verbs["systemError"] = [this](const Words&) { return Code(transport.LastSystemError()); };
+    }
+
+    static std::string Code(uint32_t code) { return std::to_string(code); }
+
+    std::string Writes(const Words& words)
+    {
+        if (words.empty()) return tests::Taken(serial.writes);
+        const int only = words.size() > 2 ? std::stoi(words[3]) : 0;
+        serial.write = [=, moves = words[0] == "moves", count = words[1]](int call, std::size_t size) {
+            if (count == "all" || (only != 0 && call != only)) return SerialTransfer{true, size};
+            return SerialTransfer{moves, count == "less" ? size - 1 : std::stoul(count)};
+        };
+        return "";
+    }
+
+    ScriptedSerial serial;
+    CNuComSerial transport{log.log, serial, clock, stop};
+};
+
+const std::string kStories =
+#include "comm/stories/serial_transport.story"
+    ;
+
+TEST_P(SerialStory, Holds)
 {
-    Open(2);
-    EXPECT_EQ(transport.SetDTR(true), 120U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetDTR -  Impossibile to set/reset DTR: DTR control disabled");
-    EXPECT_EQ(transport.SetRTS(true), 121U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetRTS -  Impossibile to set/reset DTR: RTS control disabled");
-    EXPECT_TRUE(serial.lines.empty());
+    Tell();
 }
 
-TEST_F(SerialTransport, TimeoutsComeConstantsFirst)
-{
-    EXPECT_EQ(transport.SetTimeout(1, 2, 3, 4, 0xFFFFFFFF), 0U);
-    EXPECT_EQ(log.Last(),
-              "CNuComSerial::SetTimeout -  Timeout values setted to: [read interval, read constant, read multiplier, "
-              "constant, write multiplier] = [1 2 3 4 2147483647]");
-    Open();
-    EXPECT_EQ(serial.timeouts.readInterval, 1U);
-    EXPECT_EQ(serial.timeouts.readConstant, 2U);
-    EXPECT_EQ(serial.timeouts.readMultiplier, 3U);
-    EXPECT_EQ(serial.timeouts.writeConstant, 4U);
-    EXPECT_EQ(transport.SetTimeout(0, 0, 10, 0, 100), 0U);
-    EXPECT_EQ(serial.timeouts.readMultiplier, 10U);
-    serial.canSetTimeouts = false;
-    EXPECT_EQ(transport.SetTimeout(1, 1, 1, 1, 1), 107U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetTimeout -  Open failed: error during SetCommTimeouts ");
-    EXPECT_EQ(transport.SetPacketSerial(0, 1), 9U);
-    EXPECT_EQ(transport.SetPacketSerial(1, 0), 9U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::SetPacketSerial -  Packet size can't be = 0");
-}
-
-TEST_F(SerialTransport, WritesInPackets)
-{
-    EXPECT_EQ(Write("x"), 103U);
-    EXPECT_EQ(log.Last(), std::string("CNuComSerial::WriteSerial -  ") + kNotOpen);
-    Open();
-    log.log.SetMode(kLogToFile, 12);
-    EXPECT_EQ(Write(std::string(2500, 'x')), 0U);
-    EXPECT_EQ(serial.writes, (std::vector<std::size_t>{1024, 1024, 452}));
-    EXPECT_EQ(transport.Use().BytesWritten(), 2500U);
-    EXPECT_TRUE(serial.purges.empty());
-    EXPECT_EQ(log.Text(),
-              "CNuComSerial::WriteSerial -  Bytes to send: 2500, packet byte used:1024\n"
-              "CNuComSerial::WriteSerial -  2500 bytes to write:\n");
-    EXPECT_EQ(transport.WriteSerial(nullptr, 5), 0U);
-    EXPECT_EQ(Write(""), 0U);
-    EXPECT_EQ(serial.writes.size(), 3U);
-}
-
-TEST_F(SerialTransport, FailedAndShortWritesArePurged)
-{
-    Open();
-    serial.write = [](int call, std::size_t size) { return SerialTransfer{call != 2, call == 2 ? 0 : size}; };
-    EXPECT_EQ(Write(std::string(3000, 'x')), 111U);
-    EXPECT_TRUE(log.Has("CNuComSerial::WriteSerial -  Write failed: error system occurred during Write()"));
-    EXPECT_EQ(log.Last(), "CNuComSerial::WriteSerial -  Purge communication ports");
-    EXPECT_EQ(serial.writes.size(), 2U);
-    EXPECT_EQ(transport.Use().BytesWritten(), 1024U);
-    EXPECT_EQ(transport.LastSystemError(), 5U);
-
-    serial.write = [](int, std::size_t) { return SerialTransfer{true, 0}; };
-    EXPECT_EQ(Write("x"), 112U);
-    EXPECT_TRUE(log.Has("CNuComSerial::WriteSerial -  Write failed: no bytes send during writing operation "));
-
-    serial.write = [](int, std::size_t size) { return SerialTransfer{true, size - 1}; };
-    log.Forget();
-    EXPECT_EQ(Write("abc"), 0U);
-    EXPECT_EQ(transport.Use().BytesWritten(), 2U);
-    EXPECT_EQ(log.Text(),
-              "CNuComSerial::WriteSerial -  Bytes to send: 3, packet byte used:3\n"
-              "CNuComSerial::WriteSerial -  3 bytes to write:\n"
-              "CNuComSerial::WriteSerial -  SendBuffer[0x00]=0x61 \n"
-              "CNuComSerial::WriteSerial -  SendBuffer[0x01]=0x62 \n"
-              "CNuComSerial::WriteSerial -  Purge communication ports\n");
-    EXPECT_EQ(serial.purges, (std::vector<std::string>{"outin", "outin", "outin"}));
-}
-
-TEST_F(SerialTransport, PrinterGivenUpWhileClosingIsNotWaitedForAgain)
-{
-    Open();
-    serial.write = [](int, std::size_t) { return SerialTransfer{true, 0}; };
-    EXPECT_EQ(Write("receipt"), 112U);
-    stop.Set(true);
-    EXPECT_EQ(Write("receipt"), 112U);
-    EXPECT_EQ(Write("receipt"), 112U);
-    EXPECT_EQ(serial.writes.size(), 2U);
-}
-
-TEST_F(SerialTransport, ReadsOnceAndTellsSilenceFromFailure)
-{
-    EXPECT_EQ(Read(), 103U);
-    Open();
-    serial.read = {true, 2};
-    EXPECT_EQ(Read(2000), 0U);
-    EXPECT_EQ(count, 2U);
-    EXPECT_EQ(log.Text(),
-              "CNuComSerial::ReadSerial -  Receive buffer size: 2000, packet size setted:1024, packet used for "
-              "read:1024 \n"
-              "CNuComSerial::ReadSerial -  2 bytes read:\n"
-              "CNuComSerial::ReadSerial -  ReceiveBuffer[0x00]=0x2a \n"
-              "CNuComSerial::ReadSerial -  ReceiveBuffer[0x01]=0x2a \n");
-    serial.read = {true, 0};
-    EXPECT_EQ(Read(), 114U);
-    EXPECT_EQ(count, 0U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::ReadSerial -  Read failed: no bytes read during reading operation ");
-    serial.read = {false, 0};
-    EXPECT_EQ(Read(), 113U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::ReadSerial -  Read failed: error system occurred during Read()");
-    EXPECT_EQ(transport.ReadSerial(nullptr, 4, &count), 0U);
-}
-
-TEST_F(SerialTransport, CleansWhatIsAskedFor)
-{
-    EXPECT_EQ(transport.CleanSerial(true, true), 103U);
-    Open();
-    EXPECT_EQ(transport.CleanSerial(false, false), 0U);
-    EXPECT_TRUE(serial.purges.empty());
-    EXPECT_EQ(transport.CleanSerial(true, true), 0U);
-    EXPECT_EQ(transport.CleanSerial(true, false), 0U);
-    EXPECT_EQ(transport.CleanSerial(false, true), 0U);
-    EXPECT_EQ(serial.purges, (std::vector<std::string>{"outin", "out", "in"}));
-    serial.canPurge = false;
-    EXPECT_EQ(transport.CleanSerial(true, false), 117U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::CleanSerial -  Purge error: clean has failed");
-}
-
-TEST_F(SerialTransport, FailedCloseLeavesThePortOpen)
-{
-    Open();
-    serial.canClose = false;
-    EXPECT_EQ(transport.CloseSerial(), 110U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::CloseSerial -  CloseHandle() failed, impossible to close handle ");
-    EXPECT_EQ(Write("x"), 0U);
-    serial.canClose = true;
-    EXPECT_EQ(transport.CloseSerial(), 0U);
-}
-
-// An adapter that is pulled out and put back is a new device under the old name, if only nobody holds the old one.
-TEST_F(SerialTransport, UnpluggedAdapterIsLetGoAndOpenedAgain)
-{
-    Open();
-    ASSERT_EQ(transport.SetDTR(true), 0U);
-    ASSERT_EQ(transport.SetRTS(true), 0U);
-    serial.gone = true;
-    serial.canOpen = false;
-    serial.write = [](int, std::size_t) { return SerialTransfer{}; };
-    EXPECT_EQ(Write("x"), 111U);
-    EXPECT_EQ(serial.opened, 0);
-    EXPECT_EQ(serial.links.back(), "-LinkToSerial1");
-    EXPECT_EQ(Write("x"), 111U);  // tried, in vain
-    serial.canOpen = true;
-    serial.gone = false;
-    serial.write = [](int, std::size_t size) { return SerialTransfer{true, size}; };
-    EXPECT_EQ(Read(), 113U);  // too soon for another try
-    EXPECT_EQ(transport.CleanSerial(true, true), 117U);
-    EXPECT_EQ(transport.SetDTR(true), 115U);
-    clock.Sleep(2000);
-    serial.lines.clear();
-    EXPECT_EQ(Write("x"), 0U);
-    EXPECT_EQ(serial.lines, (std::vector<std::string>{"DTR+", "RTS+"}));
-    EXPECT_EQ(serial.timeouts.writeMultiplier, 100U);
-
-    serial.gone = true;
-    serial.read = {false, 0};
-    EXPECT_EQ(Read(), 113U);
-    EXPECT_EQ(transport.CloseSerial(), 109U);
-    EXPECT_EQ(log.Last(), "CNuComSerial::CloseSerial -  Close failed: invalid handle to close");
-    EXPECT_EQ(Write("x"), 111U);  // its user gave it up
-    EXPECT_EQ(serial.opened, 0);
-}
+INSTANTIATE_TEST_SUITE_P(Transport, SerialStory, testing::ValuesIn(tests::StoriesIn(kStories)), tests::StoryName);
 
 }  // namespace
 }  // namespace marbex::comm

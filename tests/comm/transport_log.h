@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include "comm/com_layer_log.h"
 #include "comm/comm_log_file.h"
@@ -24,12 +25,12 @@ public:
 
     void Forget() const { std::ofstream(path_, std::ios::trunc).close(); }
     std::string Text() const { return ReadLog(path_); }
-    bool Has(const std::string& line) const { return Text().find(line + "\n") != std::string::npos; }
+    std::vector<std::string> Lines() const { return ReadLogLines(path_); }
 
     // The last line says what a person who looks for the code must find.
     std::string Last() const
     {
-        const auto lines = ReadLogLines(path_);
+        const auto lines = Lines();
         return lines.empty() ? "" : lines.back();
     }
 
