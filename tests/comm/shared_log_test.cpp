@@ -8,8 +8,8 @@
 
 #include "comm/com_layer_log.h"
 #include "comm/comm_log_file.h"
+#include "common/wait_until.h"
 #include "other_processes.h"
-#include "platform/clock.h"
 
 namespace marbex::comm {
 namespace {
@@ -28,10 +28,8 @@ void WriteAsTill(const std::string& path, const std::string& number)
     ASSERT_EQ(log.SetPath(path.c_str()), 1);
     std::ofstream(path + ".till" + number).close();
     for (int other = 0; other < kTills; ++other) {
-        for (int i = 0; !std::filesystem::exists(path + ".till" + std::to_string(other)); ++i) {
-            ASSERT_LT(i, 60000) << "till " << other << " never came";
-            platform::SystemClock().Sleep(1);
-        }
+        test::WaitUntil([&] { return std::filesystem::exists(path + ".till" + std::to_string(other)); },
+                        std::chrono::seconds(60));
     }
     for (int i = 0; i < kLines; ++i)
         log.Write("Till " + number, std::to_string(i) + "\n", kLogProgress);

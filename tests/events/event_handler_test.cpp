@@ -11,6 +11,7 @@
 
 #include "common/jumping_clock.h"
 #include "common/service_log_capture.h"
+#include "common/wait_until.h"
 #include "opos/common.h"
 #include "platform/window.h"
 
@@ -21,6 +22,7 @@ using opos::OPOS_ER_CLEAR;
 using opos::OPOS_ER_RETRY;
 
 constexpr auto kPatience = std::chrono::seconds(20);
+constexpr const char* kPosted = "[CEventHandler] --- EventThread WAIT for Interface to Complete Handling";
 
 // Plays the device: records what is delivered and answers errors.
 class EventHandlerTest : public testing::Test {
@@ -186,8 +188,7 @@ TEST_F(EventHandlerTest, EventsThatTheWindowThreadItselfFrozeAreWithdrawnInTheEn
 {
     handler.FreezeEvents(true);
     std::thread jumper([this] {
-        while (!handler.ErrorAnswerAwaitedElsewhere())
-            std::this_thread::yield();
+        test::WaitUntil([this] { return handler.ErrorAnswerAwaitedElsewhere(); });
         clock.Jump(31000);
     });
     EXPECT_EQ(handler.FireErrorEvent(114, 201, OPOS_ER_RETRY, ErrorOrigin::kJob), OPOS_ER_CLEAR);
@@ -221,11 +222,7 @@ TEST_F(EventHandlerTest, CloseTakesAPostedEventBackWithoutWaitingForIt)
 {
     const test::ServiceLogCapture log;
     handler.FireStatusUpdateEvent(11);
-    const auto posted = [&] {
-        return log.Has("[CEventHandler] --- EventThread WAIT for Interface to Complete Handling");
-    };
-    while (!posted())
-        std::this_thread::yield();
+    test::WaitUntil([&] { return log.Has(kPosted); });
     const auto begin = std::chrono::steady_clock::now();
     handler.Close();
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(1500)) << "no slice is waited for";
@@ -237,9 +234,7 @@ TEST_F(EventHandlerTest, CloseOnAnotherThreadLeavesALateMessageThatIsOnlyAcknowl
 {
     const test::ServiceLogCapture log;
     handler.FireStatusUpdateEvent(24);
-    while (!log.Has("[CEventHandler] --- EventThread WAIT for Interface to Complete Handling")) {
-        std::this_thread::yield();
-    }
+    test::WaitUntil([&] { return log.Has(kPosted); });
     std::thread([this] { handler.Close(); }).join();
     EXPECT_TRUE(log.Has("[CEventHandler] --- EventThread FOUND Terminating Request"));
     EXPECT_EQ(platform::RunWaitingMessages(), 1U);
@@ -280,6 +275,7 @@ TEST(EventHandlerLifeTest, AHandlerReopenedOnAnotherThreadDeliversThere)
     auto handler = std::make_unique<CEventHandler>(platform::SystemClock());
     ASSERT_EQ(handler->Open(), 0);
     handler->Close();
+    const test::ServiceLogCapture log;
     std::promise<void> fired;
     std::promise<void> oldWindowGone;
     std::atomic<int> delivered{0};
@@ -292,7 +288,7 @@ TEST(EventHandlerLifeTest, AHandlerReopenedOnAnotherThreadDeliversThere)
             },
             &delivered);
         handler->FireStatusUpdateEvent(11);
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));  // it is posted by now
+        test::WaitUntil([&] { return log.Has(kPosted); });
         fired.set_value();
         oldWindowGone.get_future().wait();
         handler->FireStatusUpdateEvent(12);

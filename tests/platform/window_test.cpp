@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/wait_until.h"
 #include "platform/kernel.h"
 #include "platform/window_recorder.h"
 
@@ -73,8 +74,7 @@ TEST(WindowMessages, FromManyThreadsComeOnceAndInEachThreadsOrder)
     for (uintptr_t poster = 0; poster < kPosters; ++poster) {
         posters.push_back(Thread::Start([&, poster] {
             for (uintptr_t i = 0; i < kEach; ++i) {
-                while (!window->Post(kMessage, poster * kEach + i, 0))
-                    std::this_thread::yield();
+                test::WaitUntil([&] { return window->Post(kMessage, poster * kEach + i, 0); });
             }
         }));
     }

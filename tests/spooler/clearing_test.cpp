@@ -5,6 +5,7 @@
 #include <future>
 #include <thread>
 
+#include "common/wait_until.h"
 #include "opos/common.h"
 #include "spooler/spooler_bench.h"
 
@@ -21,8 +22,7 @@ protected:
     // The thread that queued the failing job may not have left AddJob yet.
     void Print(const std::string& text)
     {
-        while (spooler.PrintNormal(text, &id) == kBusy)
-            std::this_thread::yield();
+        test::WaitUntil([&] { return spooler.PrintNormal(text, &id) != kBusy; });
     }
 };
 
@@ -70,8 +70,7 @@ TEST_F(ClearingTest, ATransactionBegunAfterTheAnswerIsNotMeantByIt)
         spooler.NoteAnswer(OPOS_ER_CLEAR);
         spooler.BeginTransaction();
         Print("collected");
-        while (spooler.PrintTransaction() == kBusy)
-            std::this_thread::yield();
+        test::WaitUntil([this] { return spooler.PrintTransaction() != kBusy; });
         printer.SetCondition(Condition::kWell);
         return OPOS_ER_CLEAR;
     });
@@ -124,14 +123,24 @@ TEST_F(ClearingTest, AClearDuringATransferLeavesWhatIsQueuedAfterIt)
 
 TEST_F(ClearingTest, ASynchronousJobThatWaitsForThePrinterIsClearedToo)
 {
+    struct Waiting : ApplicationThread {
+        std::atomic<bool> forPrinter{false};
+        bool AcquirePrinter(platform::Mutex& mutex) override
+        {
+            forPrinter = true;
+            return ApplicationThread::AcquirePrinter(mutex);
+        }
+    } application;
+    CPrintSpooler cleared(reference, clock, application);
+    OpenWith(cleared);
     printer.Hold();
-    spooler.PrintNormal("slow", &id);
+    cleared.PrintNormal("slow", &id);
     printer.WaitUntilHeld();
-    spooler.SetSyncMode();
-    auto waits = std::async(std::launch::async, [this] { return spooler.PrintNormal("cleared", &id); });
-    ASSERT_TRUE(AwaitReport(CB_BEGINPRINTJOB, 2));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // for the printer, by now
-    spooler.Clear();
+    application.forPrinter = false;
+    cleared.SetSyncMode();
+    auto waits = std::async(std::launch::async, [&] { return cleared.PrintNormal("cleared", &id); });
+    test::WaitUntil([&] { return application.forPrinter.load(); });
+    cleared.Clear();
     printer.Resume();
     EXPECT_EQ(waits.get(), opos::OPOS_E_FAILURE);
     EXPECT_EQ(printer.Printed(), Texts{"slow"});

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "common/service_log_capture.h"
+#include "common/wait_until.h"
 #include "opos/common.h"
 #include "spooler/spooler_bench.h"
 
@@ -232,8 +233,7 @@ TEST_F(PrintSpoolerTest, ClosePrintsWhatWasQueuedAndRefusesTheRest)
         spooler.PrintNormal(std::to_string(i), &id);
     printer.WaitUntilHeld();
     auto closed = std::async(std::launch::async, [this] { return spooler.Close(); });
-    while (spooler.PrintNormal("late", nullptr) != kBusy)
-        std::this_thread::yield();
+    test::WaitUntil([this] { return spooler.PrintNormal("late", nullptr) == kBusy; });
     printer.Resume();
     EXPECT_EQ(closed.wait_for(kSoon), std::future_status::ready);
     const auto printed = printer.Printed();
@@ -267,8 +267,7 @@ TEST_F(PrintSpoolerTest, AnIdlePrinterIsPolledAndOnlyChangesAreReported)
     clock.Jump(10000);
     ASSERT_TRUE(AwaitReport(CB_STATUSCHANGE, atStart + 1));
     const int queries = printer.Queries();
-    while (printer.Queries() == queries)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    test::WaitUntil([&] { return printer.Queries() != queries; });
     EXPECT_EQ(Count(CB_STATUSCHANGE), atStart + 1);
     EXPECT_EQ(Count(CB_PRINTERROR), 0U);
 }
@@ -312,8 +311,7 @@ TEST_F(PrintSpoolerTest, AQueuedJobLeavesThisTraceInTheLog)
     const test::ServiceLogCapture log;
     OpenWith(spooler);
     spooler.SetSyncMode();
-    while (!log.Has("[CPrintSpoolerTalis] --- ThreadSpool Suspended"))
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    test::WaitUntil([&] { return log.Has("[CPrintSpoolerTalis] --- ThreadSpool Suspended"); });
     log.Forget();
     EXPECT_EQ(spooler.PrintNormal("Hi", &id), 0);
     const std::vector<std::string> expected = {

@@ -5,6 +5,7 @@
 #include <future>
 #include <thread>
 
+#include "common/wait_until.h"
 #include "device/posix/device_bench.h"
 
 namespace marbex::test {
@@ -136,8 +137,7 @@ TEST_F(ConcurrentCallsTest, AClaimThatWaitsIsNotWipedByTheReleaseThatLetsItIn)
             } while (result == OPOS_E_CLAIMED);
             return result;
         });
-        while (!waits.load())
-            std::this_thread::yield();
+        WaitUntil([&] { return waits.load(); });
         ASSERT_EQ(device->ReleaseDevice(), 0);
         ASSERT_EQ(second.get(), 0);
         ASSERT_EQ(device->Claimed.load(), 1) << "in round " << round;

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <thread>
 
+#include "common/service_log_capture.h"
+#include "common/wait_until.h"
 #include "device/posix/device_bench.h"
 
 namespace marbex::test {
@@ -132,7 +134,9 @@ TEST_F(ErrorRecoveryTest, ASilentPrinterStaysUnhealthyWhileItIsAsked)
 
 TEST_F(ErrorRecoveryTest, EveryErrorIsDescribedWhileItIsDelivered)
 {
-    Ready("\"Settings\"=dword:00000002\n");  // a failed status query is an error, too
+    const ServiceLogCapture log;
+    // A failed status query is an error, too.
+    Ready("\"Settings\"=dword:00000002\n\"LogEnabled\"=dword:1\n\"LogLevel\"=dword:2\n");
     device->COFreezeEvents(true);
     server.SetMute(true);
     ASSERT_TRUE(RunUntil([this] { return Number(PIDX_State) == OPOS_S_ERROR; }));
@@ -141,8 +145,8 @@ TEST_F(ErrorRecoveryTest, EveryErrorIsDescribedWhileItIsDelivered)
         EXPECT_EQ(device->GetPropertyString(PIDXPtr_ErrorString), "Printer disconnected");
         EXPECT_EQ(Number(PIDXPtr_ErrorLevel), PTR_EL_RECOVERABLE);
     };
-    std::thread unfreezes([this] {
-        std::this_thread::sleep_for(std::chrono::seconds(4));  // the print below is waiting for its answer by then
+    std::thread unfreezes([&] {
+        WaitUntil([&] { return log.Has("[CPrintSpoolerTalis] --- AddJob SYNC PrintNormal Execute"); });
         device->COFreezeEvents(false);
     });
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "lost"), OPOS_E_NOHARDWARE);
@@ -242,8 +246,7 @@ TEST_F(ErrorRecoveryTest, AnImmediatePrintThatWaitsForThePrinterDeliversTheError
         *response = OPOS_ER_RETRY;
     };
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "queued"), 0);
-    while (device->State.load() != OPOS_S_ERROR)
-        std::this_thread::yield();
+    WaitUntil([this] { return device->State.load() == OPOS_S_ERROR; });
     device->SetPropertyNumber(PIDX_FreezeEvents, 0);
     EXPECT_EQ(device->PrintImmediate(PTR_S_RECEIPT, "now"), 0);
     ASSERT_TRUE(Completed(1));
@@ -305,8 +308,7 @@ TEST_F(ErrorRecoveryTest, AnotherThreadMayCloseWhileASynchronousPrintWaits)
     control.onEvent = [&](const ControlEvent& event, int32_t*) {
         if (event.name != "SOError") return;
         closer = std::thread([this] { device->CloseService(); });
-        while (device->GetPropertyNumber(PIDX_State) != OPOS_S_CLOSED)
-            std::this_thread::yield();
+        WaitUntil([this] { return device->GetPropertyNumber(PIDX_State) == OPOS_S_CLOSED; });
     };
     EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, "x"), OPOS_E_NOHARDWARE);
     closer.join();

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "common/service_log_capture.h"
+#include "common/wait_until.h"
 #include "device/posix/device_bench.h"
 #include "device/posix/simple_talis.h"
 #include "platform/posix/unique_fd.h"
@@ -59,8 +60,7 @@ TEST_F(LifecycleTest, AControlObjectThatIsGoneIsNotCalled)
     ASSERT_EQ(device->PrintNormal(PTR_S_RECEIPT, "its event is under way\n"), 0);
     ASSERT_TRUE(
         server.WaitFor([](const virtual_printer::VirtualPrinter& printer) { return !printer.Lines().empty(); }));
-    while (device->State.load() != OPOS_S_IDLE)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    WaitUntil([this] { return device->State.load() == OPOS_S_IDLE; });
     device->ControlObjectGone();
     EXPECT_EQ(device->CloseService(), 0);
     EXPECT_EQ(control.events, std::vector<ControlEvent>{});

@@ -1,5 +1,6 @@
 #include <thread>
 
+#include "common/wait_until.h"
 #include "device/posix/device_bench.h"
 
 namespace marbex::test {
@@ -135,8 +136,7 @@ TEST_F(OutputTest, ASecondThreadIsToldBusyAndNeverBlocked)
         EXPECT_EQ(device->PrintNormal(PTR_S_RECEIPT, std::string(1 << 20, 'x')), OPOS_E_NOHARDWARE)
             << "the status query is stuck behind the text";
     });
-    while (device->State.load() != OPOS_S_BUSY)
-        std::this_thread::yield();
+    WaitUntil([this] { return device->State.load() == OPOS_S_BUSY; });
     EXPECT_EQ(device->PrintImmediate(PTR_S_RECEIPT, "x"), OPOS_E_BUSY);
     EXPECT_TRUE(RunUntil([this] { return device->State.load() == OPOS_S_IDLE; }));
     printing.join();

@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/wait_until.h"
 #include "platform/posix/kernel_state.h"
 
 namespace marbex::platform {
@@ -15,13 +16,10 @@ constexpr uint32_t kLimit = 30000;
 
 void UntilWaitedForBy(std::size_t count, const WaitObject& object)
 {
-    while (true) {
-        {
-            const LockHold hold(waitLock);
-            if (object.Native()->waiters.size() == count) return;
-        }
-        std::this_thread::yield();
-    }
+    test::WaitUntil([&] {
+        const LockHold hold(waitLock);
+        return object.Native()->waiters.size() == count;
+    });
 }
 
 // The analysis does not see a mutex that a wait function has obtained.
