@@ -1,239 +1,186 @@
 #include "comm/ethernet_transport.h"
 
-#include <gtest/gtest.h>
-
 #include <cerrno>
+#include <future>
 #include <optional>
-#include <string>
-#include <vector>
 
-#include "comm/ethernet_fixture.h"
+#include "comm/scripted_socket.h"
+#include "comm/story.h"
+#include "loopback_server.h"
 
 namespace marbex::comm {
 namespace {
 
 using platform::TcpStatus;
 using platform::TcpTransfer;
+using tests::LoopbackPeer;
+using tests::LoopbackServer;
 
-constexpr TcpTransfer kBroken{TcpStatus::kFailed, 0};
+const std::map<std::string, TcpStatus> kStatuses{
+    {"ok", TcpStatus::kOk}, {"failed", TcpStatus::kFailed}, {"aborted", TcpStatus::kAborted}};
 
-TEST_F(EthernetTransport, RefusesWhatCannotBe)
-{
-    for (const char* address : {"192.168.0.300", "", "printer", "192.168.000.0000001", "1.2.3.4.5"}) {
-        EXPECT_EQ(transport.InitTCPIp(address, 9100), 205U) << address;
-        EXPECT_EQ(log.Last(), "CNuComEth::InitTCPIp -  Init failed: IP format not correct ");
+// A printer on the loopback, and a socket that does as the test says.
+class EthernetStory : public tests::StoryTeller {
+protected:
+    EthernetStory()
+    {
+        verbs["init"] = [this](const Words& w) {
+            return Code(transport.InitTCPIp(w.empty() ? "" : w[0].c_str(), server->Port()));
+        };
+        verbs["timeouts"] = [this](const Words& w) {
+            return Code(transport.SetTimeoutEth(Number(w[0]), Number(w[1])));
+        };
+        verbs["packets"] = [this](const Words& w) { return Code(transport.SetPacketEth(Number(w[0]), Number(w[1]))); };
+        verbs["open"] = [this](const Words&) { return Code(transport.OpenEth()); };
+        verbs["opened"] = [this](const Words&) { return Open(); };
+        verbs["close"] = [this](const Words&) { return Code(transport.CloseEth()); };
+        // So many bytes of a letter, "1024a", and more of another.
+        verbs["write"] = [this](const Words& w) {
+            const std::string text = Text(w);
+            return Code(
+                transport.WriteEth(reinterpret_cast<const uint8_t*>(text.data()), static_cast<uint32_t>(text.size())));
+        };
+        verbs["read"] = [this](const Words& w) { return Read(Number(w[0])); };
+        verbs["moveNothing"] = [this](const Words&) {
+            uint32_t count = 9;
+            uint8_t byte = 0;
+            return tests::Joined(std::vector{transport.WriteEth(nullptr, 5), transport.WriteEth(&byte, 0),
+                                             transport.ReadEth(nullptr, 5, &count), transport.ReadEth(&byte, 0, &count),
+                                             count});
+        };
+        verbs["discard"] = [this](const Words&) { return transport.DiscardInput(), ""; };
+        // The printer's side.
+        verbs["accept"] = [this](const Words&) { return peer = server->Accept(), ""; };
+        verbs["gets"] = [this](const Words& w) {
+            const std::string text = Text(w);
+            EXPECT_EQ(peer.Read(std::max<std::size_t>(text.size(), 1)), text);
+            return "";
+        };
+        verbs["says"] = [this](const Words& w) { return peer.Send(w[0]), ""; };
+        verbs["finishes"] = [this](const Words&) { return peer.Finish(), ""; };
+        verbs["listens"] = [this](const Words& w) {
+            if (w[0] == "off") {
+                server->Stop();
+            } else {
+                server = std::make_unique<LoopbackServer>(server->Port());
+            }
+            return "";
+        };
+        // The socket. "ok 24 at 2": only the second from now on; "reset at 2": there the printer resets the connection.
+        verbs["sends"] = [this](const Words& w) { return script.send = Transfers(w, script.sends), ""; };
+        verbs["receives"] = [this](const Words& w) { return script.receive = Transfers(w, script.receives), ""; };
+        verbs["connecting"] = [this](const Words& w) {
+            script.connect = [refused = w[0] == "off"](int) { return refused ? std::optional(false) : std::nullopt; };
+            return "";
+        };
+        verbs["making"] = [this](const Words& w) { return script.create = [on = w[0] == "on"] { return on; }, ""; };
+        verbs["shutting"] = [this](const Words& w) {
+            script.close = [this, once = w[0] == "once", first = script.closes](int call) {
+                return once && call > first + 1;
+            };
+            return "";
+        };
+        // "odd": the first of two, and so on.
+        verbs["limiting"] = [this](const Words& w) {
+            script.setTimeout = [odd = w[0] == "odd"](int call) { return odd && call % 2 == 1; };
+            return "";
+        };
+        verbs["error"] = [this](const Words& w) { return script.lastError = Number(w[0]), ""; };
+        verbs["sizes"] = [this](const Words&) { return script.sends = 0, tests::Taken(script.sendSizes); };
+        verbs["connects"] = [this](const Words&) { return std::to_string(script.connects); };
+        verbs["closes"] = [this](const Words&) { return std::to_string(script.closes); };
+        verbs["limits"] = [this](const Words&) {
+            return tests::Joined(std::vector{script.connectTimeout, script.sendTimeout, script.receiveTimeout});
+        };
+        verbs["written"] = [this](const Words&) { return Code(transport.Use().BytesWritten()); };
+        verbs["systemError"] = [this](const Words&) { return Code(transport.LastSystemError()); };
     }
-    EXPECT_EQ(transport.OpenEth(), 201U);
-    EXPECT_EQ(log.Last(), "CNuComEth::OpenEth -  Open ethernet failed: no init was done");
-    for (const auto& [send, receive] : {std::pair{0U, 5000U}, std::pair{5000U, 0U}}) {
-        EXPECT_EQ(transport.SetTimeoutEth(send, receive), 204U);
-        EXPECT_EQ(log.Last(), "CNuComEth::SetTimeoutEth -  Ethernet timeout values cannot be =0 ");
-        EXPECT_EQ(transport.SetPacketEth(send, receive), 9U);
-        EXPECT_EQ(log.Last(), "CNuComEth::SetPacketEth -  Packet size can't be = 0");
+
+    static std::string Code(uint32_t code) { return std::to_string(code); }
+
+    static std::string Text(const Words& words)
+    {
+        std::string text;
+        for (const std::string& word : words)
+            text += std::string(Number(word.substr(0, word.size() - 1)), word.back());
+        return text;
     }
-    EXPECT_EQ(transport.InitTCPIp("255.255.255.255", 9100), 0U);
-    EXPECT_EQ(transport.InitTCPIp("1.2.3.400", 9100), 205U);
-    EXPECT_EQ(transport.OpenEth(), 201U);  // a failed init takes the earlier one away
-}
 
-TEST_F(EthernetTransport, NothingMovesWithoutAConnection)
+    std::string Open()
+    {
+        transport.InitTCPIp("127.0.0.1", server->Port());
+        transport.SetTimeoutEth(5000, 5000);
+        transport.SetPacketEth(1024, 256);
+        const uint32_t result = transport.OpenEth();
+        peer = server->Accept();
+        log.Forget();
+        return Code(result);
+    }
+
+    std::string Read(uint32_t room)
+    {
+        std::string text(room, '\0');
+        uint32_t count = 99;
+        const uint32_t result = transport.ReadEth(reinterpret_cast<uint8_t*>(text.data()), room, &count);
+        return Code(result) + (count > 0 ? " " : "") + text.substr(0, count);
+    }
+
+    std::function<tests::SocketScript::Transfer(int)> Transfers(const Words& words, int done)
+    {
+        const int only = words.size() > 2 ? std::stoi(words.back()) + done : 0;
+        return [=, this](int call) -> tests::SocketScript::Transfer {
+            if (words[0] == "really" || (only != 0 && call != only)) return std::nullopt;
+            if (words[0] == "reset") peer.Reset();
+            const auto status = kStatuses.find(words[0]);
+            return TcpTransfer{status == kStatuses.end() ? TcpStatus::kAborted : status->second,
+                               words[0] == "ok" ? Number(words[1]) : 0};
+        };
+    }
+
+    tests::SocketScript script;
+    std::unique_ptr<LoopbackServer> server = std::make_unique<LoopbackServer>();
+    LoopbackPeer peer;
+    CNuComEth transport{log.log, std::make_unique<tests::ScriptedSocket>(script), clock, stop};
+};
+
+const std::string kStories =
+#include "comm/stories/ethernet_transport.story"
+    ;
+
+TEST_P(EthernetStory, Holds)
 {
-    ASSERT_EQ(transport.InitTCPIp("127.0.0.1", server.Port()), 0U);
-    const std::string text = "Impossible to perform the operation: socket and connections are not opened";
-    std::string reply;
-    EXPECT_EQ(Write("x"), 206U);
-    EXPECT_EQ(log.Last(), "CNuComEth::WriteEth -  " + text);
-    EXPECT_EQ(Read(reply), 206U);
-    EXPECT_EQ(reply, "");
-    EXPECT_EQ(log.Last(), "CNuComEth::ReadEth -  " + text);
-    EXPECT_EQ(transport.CloseEth(), 206U);
-    EXPECT_EQ(log.Last(), "CNuComEth::CloseEth -  " + text);
-    EXPECT_EQ(script.connects, 0);
+    Tell();
 }
 
-TEST_F(EthernetTransport, OpensOnceAndClosesOnce)
+INSTANTIATE_TEST_SUITE_P(Transport, EthernetStory, testing::ValuesIn(tests::StoriesIn(kStories)), tests::StoryName);
+
+class EthernetTransport : public EthernetStory {};
+
+TEST_P(EthernetTransport, AbortedReadGoesOnOnANewConnection)
 {
-    Open();
-    EXPECT_EQ(script.connectTimeout, 10000U);
-    EXPECT_EQ(transport.OpenEth(), 202U);
-    EXPECT_EQ(log.Last(), "CNuComEth::OpenEth -  Open ethernet failed: a connection is already active");
-    EXPECT_EQ(transport.InitTCPIp("127.0.0.1", 9100), 200U);
-    EXPECT_EQ(log.Last(), "CNuComEth::InitTCPIp -  Init failed: a TCP connection is already active");
-    EXPECT_EQ(transport.CloseEth(), 0U);
-    EXPECT_EQ(peer.Read(1), "");
-    EXPECT_EQ(transport.CloseEth(), 206U);
-    EXPECT_EQ(transport.OpenEth(), 0U);
-    server.Accept();
+    ASSERT_EQ(Open(), "0");
+    auto printer = std::async(std::launch::async, [&] {
+        peer.Reset();
+        LoopbackPeer second = server->Accept();
+        second.Send("R");
+        return second;
+    });
+    EXPECT_EQ(Read(1), "0 R");
+    printer.get();
+    Tell();
 }
 
-TEST_F(EthernetTransport, FailedOpenSaysWhyAndHoldsNothing)
-{
-    server.Stop();
-    ASSERT_EQ(transport.InitTCPIp("127.0.0.1", server.Port()), 0U);
-    EXPECT_EQ(transport.OpenEth(), 215U);
-    EXPECT_EQ(log.Last(), "CNuComEth::OpenEth -  Open TCP has failed: impossibile to connect the socket ");
-    EXPECT_EQ(transport.LastSystemError(), tests::kRefusedError);
-    EXPECT_EQ(script.closes, 1);
-    script.create = [] { return false; };
-    script.lastError = EMFILE;
-    EXPECT_EQ(transport.OpenEth(), 207U);
-    EXPECT_EQ(log.Last(), "CNuComEth::OpenEth -  Socket creation is failed ");
-    EXPECT_EQ(transport.LastSystemError(), static_cast<uint32_t>(EMFILE));
-}
-
-TEST_F(EthernetTransport, FailedCloseLeavesTheConnection)
-{
-    Open();
-    script.close = [](int call) { return call > 1; };
-    EXPECT_EQ(transport.CloseEth(), 206U);
-    EXPECT_EQ(log.Last(),
-              "CNuComEth::CloseEth -  Impossible to perform the operation: socket and connections are not opened");
-    EXPECT_EQ(Write("still"), 0U);
-    EXPECT_EQ(peer.Read(5), "still");
-    EXPECT_EQ(transport.CloseEth(), 0U);
-}
-
-TEST_F(EthernetTransport, WritesInPacketsAndReadsWhatComes)
-{
-    Open();
-    std::string data(3000, '\0');
-    for (std::size_t i = 0; i < data.size(); ++i)
-        data[i] = static_cast<char>(i * 7);
-    EXPECT_EQ(Write(data), 0U);
-    EXPECT_EQ(script.sendSizes, (std::vector<std::size_t>{1024, 1024, 952}));
-    EXPECT_EQ(peer.Read(3000), data);
-    EXPECT_EQ(transport.Use().BytesWritten(), 3000U);
-    EXPECT_EQ(script.sendTimeout, 5000U);
-
-    peer.Send(std::string(300, 'r'));
-    std::string reply, rest;
-    EXPECT_EQ(Read(reply, 1000), 0U);  // at most a read packet
-    EXPECT_LE(reply.size(), 256U);
-    while (reply.size() < 300 && Read(rest, 1000) == 0)
-        reply += rest;
-    EXPECT_EQ(reply, std::string(300, 'r'));
-    EXPECT_EQ(script.receiveTimeout, 5000U);
-}
-
-TEST_F(EthernetTransport, LogsEachStepAndEachByte)
-{
-    Open();
-    EXPECT_EQ(Write(std::string("\x10\x04\x01", 3)), 0U);
-    peer.Send("\x16\xFF");
-    std::string reply;
-    EXPECT_EQ(Read(reply, 6), 0U);
-    EXPECT_EQ(log.Text(),
-              "CNuComEth::WriteTCP -  Bytes to send: 3, packet byte used:3\n"
-              "CNuComEth::WriteTCP -  3 bytes to write:\n"
-              "CNuComEth::WriteTCP -  SendBuffer[0x00]=0x10 \n"
-              "CNuComEth::WriteTCP -  SendBuffer[0x01]=0x04 \n"
-              "CNuComEth::WriteTCP -  SendBuffer[0x02]=0x01 \n"
-              "CNuComEth::ReadTCP -  Receive buffer size: 6, packet size setted:256, packet used for read:6 \n"
-              "CNuComEth::ReadTCP -  2 bytes read:\n"
-              "CNuComEth::ReadTCP -  ReceiveBuffer[0x00]=0x16 \n"
-              "CNuComEth::ReadTCP -  ReceiveBuffer[0x01]=0xff \n");
-}
-
-TEST_F(EthernetTransport, LogsStartAndEndOfEveryOperation)
-{
-    log.log.SetMode(kLogToFile, 2);
-    Open();
-    EXPECT_EQ(Write("x"), 0U);
-    EXPECT_EQ(transport.CloseEth(), 0U);
-    EXPECT_EQ(transport.OpenEth(), 0U);
-    EXPECT_EQ(transport.OpenEth(), 202U);
-    EXPECT_EQ(log.Text(),
-              "CNuComEth::WriteEth -  START\nCNuComEth::WriteTCP -  START\n"
-              "CNuComEth::WriteTCP -  END\nCNuComEth::WriteEth -  END\n"
-              "CNuComEth::CloseEth -  START\nCNuComEth::CloseEth -  END\n"
-              "CNuComEth::OpenEth -  START\nCNuComEth::OpenEth -  END\n"
-              "CNuComEth::OpenEth -  START\n");
-}
-
-TEST_F(EthernetTransport, NoBufferOrNoLengthMovesNothing)
-{
-    Open();
-    uint32_t count = 9;
-    uint8_t byte = 0;
-    EXPECT_EQ(transport.WriteEth(nullptr, 5), 0U);
-    EXPECT_EQ(transport.WriteEth(&byte, 0), 0U);
-    EXPECT_EQ(transport.ReadEth(nullptr, 5, &count), 0U);
-    EXPECT_EQ(transport.ReadEth(&byte, 0, &count), 0U);
-    EXPECT_EQ(count, 0U);
-    EXPECT_EQ(script.sends + script.receives, 0);
-}
-
-TEST_F(EthernetTransport, FailuresOfASendHaveTheirCodes)
-{
-    Open();
-    script.send = [](int) { return TcpTransfer{TcpStatus::kOk, 0}; };
-    EXPECT_EQ(Write("x"), 211U);
-    EXPECT_EQ(log.Last(), "CNuComEth::WriteTCP -  Warning: write not completed,not all bytes were written");
-    EXPECT_NE(log.Text().find("CNuComEth::WriteTCP -  Write failed: no bytes send during writing operation \n"),
-              std::string::npos);
-
-    // A printer that takes nothing more: the second packet runs into its time-out, the third is not tried.
-    script.sends = 0;
-    script.lastError = EAGAIN;
-    script.send = [](int call) { return call == 2 ? std::optional(kBroken) : std::nullopt; };
-    EXPECT_EQ(Write(std::string(3000, 'x')), 212U);
-    EXPECT_EQ(script.sends, 2);
-    EXPECT_EQ(transport.Use().BytesWritten(), 1024U);
-    EXPECT_EQ(transport.LastSystemError(), static_cast<uint32_t>(EAGAIN));
-    EXPECT_NE(log.Text().find("CNuComEth::WriteTCP -  Write failed: error system occurred during Write()\n"),
-              std::string::npos);
-    EXPECT_EQ(script.connects, 1);  // no reconnection for anything but an abort
-
-    script.setTimeout = [](int) { return false; };
-    EXPECT_EQ(Write("x"), 208U);
-    EXPECT_EQ(log.Last(), "CNuComEth::WriteEth -  Error socket: setsockoption() failed");
-    std::string reply;
-    EXPECT_EQ(Read(reply), 208U);
-    EXPECT_EQ(log.Last(), "CNuComEth::ReadEth -  Error socket: setsockoption() failed");
-}
-
-TEST_F(EthernetTransport, FailuresOfAReadHaveTheirCodes)
-{
-    Open();
-    ASSERT_EQ(transport.SetTimeoutEth(5000, 20), 0U);
-    EXPECT_EQ(log.Last(),
-              "CNuComEth::SetTimeoutEth Timeout values for ethernet communication setted to: "
-              "[send timeout, receive timeout] = [5000 , 20 ]");
-    std::string reply;
-    EXPECT_EQ(Read(reply), 214U);
-    EXPECT_EQ(log.Last(), "CNuComEth::ReadTCP -  Read failed: error system occurred during Read()");
-    EXPECT_EQ(Write("still open"), 0U);
-    ASSERT_EQ(transport.SetTimeoutEth(5000, 5000), 0U);
-    EXPECT_EQ(peer.Read(10), "still open");
-    peer.Finish();
-    EXPECT_EQ(Read(reply), 213U);
-    EXPECT_EQ(log.Last(), "CNuComEth::ReadTCP -  Read failed: no bytes read during reading operation ");
-}
-
-// A short send leaves a gap: the next packet starts a full packet further on. The count tells the caller.
-TEST_F(EthernetTransport, ShortSendIsWarnedOfAndCounted)
-{
-    Open();
-    log.log.SetMode(kLogToFile, 12);
-    script.send = [](int call) { return call == 2 ? std::optional(TcpTransfer{TcpStatus::kOk, 24}) : std::nullopt; };
-    EXPECT_EQ(Write(std::string(1024, 'a') + std::string(1024, 'b') + std::string(10, 'c')), 0U);
-    EXPECT_EQ(transport.Use().BytesWritten(), 1058U);
-    EXPECT_EQ(peer.Read(1058), std::string(1024, 'a') + std::string(24, 'b') + std::string(10, 'c'));
-    EXPECT_EQ(log.Last(), "CNuComEth::WriteTCP -  Warning: write not completed,not all bytes were written");
-}
-
-TEST_F(EthernetTransport, DiscardedInputDoesNotShiftLaterReplies)
-{
-    transport.DiscardInput();
-    Open();
-    peer.Send("late");
-    std::string reply;
-    ASSERT_EQ(Read(reply, 1), 0U);
-    transport.DiscardInput();
-    peer.Send("R");
-    EXPECT_EQ(Read(reply), 0U);
-    EXPECT_EQ(reply, "R");
-}
+INSTANTIATE_TEST_SUITE_P(Transport, EthernetTransport, testing::ValuesIn(tests::StoriesIn(R"(
+== AndSaysSo
+| CNuComEth::ReadTCP -  Receive buffer size: 1, packet size setted:256, packet used for read:1\s
+| CNuComEth::ReadTCP -  Socket connection aborted for inactivity: try to connect 3 times
+| CNuComEth::WriteTCP -  Iteration #1\s
+| CNuComEth::OpenEth -  TCP connect successful with 127.0.0.1\s
+| CNuComEth::ReadTCP -  Receive buffer size: 1, packet size setted:256, packet used for read:1\s
+| CNuComEth::ReadTCP -  1 bytes read:
+| CNuComEth::ReadTCP -  ReceiveBuffer[0x00]=0x52\s
+)")),
+                         tests::StoryName);
 
 }  // namespace
 }  // namespace marbex::comm

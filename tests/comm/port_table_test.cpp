@@ -45,22 +45,6 @@ protected:
     uint32_t count = 0;
 };
 
-TEST_F(Ports, WithoutACurrentRecordEverythingIsMissing)
-{
-    EXPECT_EQ(table.SetCommunicationPort(0), 4U);
-    EXPECT_EQ(table.InitEthTCP("127.0.0.1", 1), 5U);
-    EXPECT_EQ(table.SetEthTimeout(1, 1), 5U);
-    EXPECT_EQ(table.SetPacketSize(1, 1), 5U);
-    EXPECT_EQ(table.Open(), 5U);
-    EXPECT_EQ(table.Write(&byte, 1), 5U);
-    EXPECT_EQ(table.Read(&byte, 1, &count), 5U);
-    EXPECT_EQ(table.Clean(true, true), 5U);
-    EXPECT_EQ(table.Close(), 5U);
-    EXPECT_EQ(table.AdvSetSerialDTR(true), 5U);
-    EXPECT_EQ(table.AdvSetSerialRTS(true), 5U);
-    EXPECT_EQ(table.CreateCommunicationPort(1, 0, 0, "", nullptr), 5U);
-}
-
 TEST_F(Ports, MissingArgumentsAreRefusedInSilence)
 {
     Create(kEthernet, 15);
@@ -110,42 +94,6 @@ TEST_F(Ports, SelectionIsLoggedByTheRecordThatWasCurrent)
               "SetCommunicationPort -  Communication ID will be setted to 2 \n");
     // The unknown id left the first record current.
     EXPECT_EQ(tests::ReadLogLines(other).size(), 2U);
-}
-
-TEST_F(Ports, CreationIsLoggedAtCallLevel)
-{
-    Create(kEthernet, 2);
-    EXPECT_EQ(Log(), "CreateCommunicationPort-  START\nCreateCommunicationPort -  END\n");
-}
-
-TEST_F(Ports, EachFunctionSaysWhereItGoes)
-{
-    LoopbackPeer peer = OpenEthernet();
-    ForgetLog();
-    EXPECT_EQ(table.SetPacketSize(1024, 256), 0U);
-    EXPECT_EQ(table.SetPacketSize(0, 256), 9U);
-    EXPECT_EQ(table.Write(&byte, 1), 0U);
-    peer.Send("r");
-    EXPECT_EQ(table.Read(&byte, 1, &count), 0U);
-    EXPECT_EQ(table.Clean(true, true), 221U);
-    EXPECT_EQ(table.AdvSetSerialDTR(true), 123U);
-    EXPECT_EQ(table.AdvSetSerialRTS(true), 123U);
-    EXPECT_EQ(table.Close(), 0U);
-    EXPECT_EQ(Log(),
-              "SetPacketSize -  Calling function in ethernet class\n"
-              "CNuComEth::SetPacketEth -  Packets size setted; WRITE = 1024 bytes, READ = 256 bytes \n"
-              "SetPacketSize -  Calling function in ethernet class\n"
-              "CNuComEth::SetPacketEth -  Packet size can't be = 0\n"
-              "Write -  Calling function in ethernet class\n"
-              "CNuComEth::WriteTCP -  Bytes to send: 1, packet byte used:1\n"
-              "CNuComEth::WriteTCP -  1 bytes to write:\n"
-              "Read -  Calling function in ethernet class\n"
-              "CNuComEth::ReadTCP -  Receive buffer size: 1, packet size setted:256, packet used for read:1 \n"
-              "CNuComEth::ReadTCP -  1 bytes read:\n"
-              "Clean -  Clean not supported for ethernet com type\n"
-              "AdvSetSerialDTR -  Serial function failed: a different com type has been setted\n"
-              "AdvSetSerialRTS -  Serial function failed: a different com type has been setted\n"
-              "Close -  Calling function in ethernet class\n");
 }
 
 TEST_F(Ports, EthernetFunctionsAreForEthernetPorts)

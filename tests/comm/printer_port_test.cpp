@@ -72,28 +72,6 @@ TEST_F(EthernetPrinterPort, AnswersMinusOneUntilItIsOpen)
     EXPECT_EQ(port.Close(), -1);
 }
 
-TEST_F(EthernetPrinterPort, CarriesTextBytesAndReplies)
-{
-    Open();
-    EXPECT_EQ(port.WriteText("Total 1.00\n"), 0);
-    EXPECT_EQ(port.WriteByte(0), 0);
-    EXPECT_EQ(port.Write(Bytes("x"), 0), 0);
-    EXPECT_EQ(port.Write(Bytes("\x1D"
-                               "r"),
-                         2),
-              0);
-    EXPECT_EQ(peer.Read(14), std::string("Total 1.00\n\0\x1Dr", 14));
-    peer.Send("abc");
-    uint8_t buffer[8] = {};
-    EXPECT_EQ(port.ReadByte(buffer), 1);
-    EXPECT_EQ(buffer[0], 'a');
-    uint16_t length = 8;
-    EXPECT_EQ(port.Read(buffer, &length), 2);
-    EXPECT_EQ(length, 2);
-    peer.Finish();
-    EXPECT_EQ(port.ReadByte(buffer), -1);
-}
-
 // A 16-bit length would send only the remainder of 65536.
 TEST_F(EthernetPrinterPort, LongDataGoesOutWholeInPieces)
 {
@@ -205,31 +183,6 @@ TEST_F(EthernetPrinterPort, RecordsAreGoneWithTheirConnections)
     EXPECT_EQ(port.Open(), -1);
     EXPECT_EQ(table.Find(3), nullptr);
     EXPECT_EQ(inUse->Close(), 206U) << "a call under way still has it";
-}
-
-TEST_F(EthernetPrinterPort, TimeoutsAboveTheRangeOfASocketAreCut)
-{
-    port.SetTimeouts(0xFFFFFFFF, 0x80000000);
-    Open();
-    EXPECT_EQ(port.WriteText("x"), 0);
-    EXPECT_EQ(script.sendTimeout, 0x7FFFFFFFU);
-    peer.Send("r");
-    uint8_t byte = 0;
-    EXPECT_EQ(port.ReadByte(&byte), 1);
-    EXPECT_EQ(script.receiveTimeout, 0x7FFFFFFFU);
-}
-
-TEST_F(EthernetPrinterPort, DestructionClosesTheLink)
-{
-    {
-        CPrinterPort shortLived(table);
-        shortLived.SetPortType(kEthernet);
-        shortLived.SetIpAddress("127.0.0.1");
-        shortLived.SetTcpPort(server.Port());
-        ASSERT_EQ(shortLived.Open(), 0);
-        peer = server.Accept();
-    }
-    EXPECT_EQ(peer.Read(1), "");
 }
 
 TEST_F(EthernetPrinterPort, ShortExchangeInTheLog)
