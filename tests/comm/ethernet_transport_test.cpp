@@ -152,7 +152,7 @@ TEST_P(EthernetStory, Holds)
     Tell();
 }
 
-INSTANTIATE_TEST_SUITE_P(Transport, EthernetStory, testing::ValuesIn(tests::StoriesIn(kStories)), tests::StoryName);
+INSTANTIATE_TEST_SUITE_P(Transport, EthernetStory, testing::ValuesIn(tests::TextCasesIn(kStories)), tests::StoryName);
 
 class EthernetTransport : public EthernetStory {};
 
@@ -170,7 +170,7 @@ TEST_P(EthernetTransport, AbortedReadGoesOnOnANewConnection)
     Tell();
 }
 
-INSTANTIATE_TEST_SUITE_P(Transport, EthernetTransport, testing::ValuesIn(tests::StoriesIn(R"(
+INSTANTIATE_TEST_SUITE_P(Transport, EthernetTransport, testing::ValuesIn(tests::TextCasesIn(R"(
 == AndSaysSo
 | CNuComEth::ReadTCP -  Receive buffer size: 1, packet size setted:256, packet used for read:1\s
 | CNuComEth::ReadTCP -  Socket connection aborted for inactivity: try to connect 3 times

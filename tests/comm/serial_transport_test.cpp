@@ -158,7 +158,7 @@ TEST_P(SerialStory, Holds)
     Tell();
 }
 
-INSTANTIATE_TEST_SUITE_P(Transport, SerialStory, testing::ValuesIn(tests::StoriesIn(kStories)), tests::StoryName);
+INSTANTIATE_TEST_SUITE_P(Transport, SerialStory, testing::ValuesIn(tests::TextCasesIn(kStories)), tests::StoryName);
 
 }  // namespace
 }  // namespace marbex::comm

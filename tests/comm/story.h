@@ -9,7 +9,6 @@
 //     > CNuComUsb::CloseUsb   the last line of the log
 //     * CNuComUsb::CloseUsb   a line of the log
 //     | CNuComUsb::CloseUsb   lines like these, one after another, are the whole log since it was last looked at so
-//     # why
 //
 // A blank at the end is written as \s.
 
@@ -26,32 +25,12 @@
 #include "comm/comm_log_file.h"
 #include "comm/test_clock.h"
 #include "comm/transport_log.h"
+#include "common/text_cases.h"
 #include "platform/stop_signal.h"
 
 namespace marbex::tests {
 
-struct Story {
-    std::string name;
-    std::vector<std::string> lines;
-
-    friend void PrintTo(const Story& story, std::ostream* out) { *out << story.name; }
-};
-
-inline std::vector<Story> StoriesIn(const std::string& text)
-{
-    std::vector<Story> stories;
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with("== ")) {
-            stories.push_back({line.substr(3), {}});
-        } else if (!line.empty() && line[0] != '#') {
-            stories.back().lines.push_back(line);
-        }
-    }
-    return stories;
-}
-
-inline std::string StoryName(const testing::TestParamInfo<Story>& info)
+inline std::string StoryName(const testing::TestParamInfo<TextCase>& info)
 {
     return info.param.name;
 }
@@ -73,7 +52,7 @@ std::string Taken(Items& items)
     return Joined(std::exchange(items, {}));
 }
 
-class StoryTeller : public testing::TestWithParam<Story> {
+class StoryTeller : public testing::TestWithParam<TextCase> {
 protected:
     using Words = std::vector<std::string>;
 

@@ -151,7 +151,7 @@ TEST_P(UsbStory, Holds)
     Tell();
 }
 
-INSTANTIATE_TEST_SUITE_P(Transport, UsbStory, testing::ValuesIn(tests::StoriesIn(kStories)), tests::StoryName);
+INSTANTIATE_TEST_SUITE_P(Transport, UsbStory, testing::ValuesIn(tests::TextCasesIn(kStories)), tests::StoryName);
 
 }  // namespace
 }  // namespace marbex::comm

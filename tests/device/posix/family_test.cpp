@@ -1,18 +1,36 @@
 // The same receipt on every model: what must differ differs, what must not does not.
 
+#include <algorithm>
 #include <fstream>
+#include <iomanip>
+#include <mutex>
+#include <set>
 
 #include "common/service_log_capture.h"
+#include "common/text_cases.h"
 #include "device/model_description.h"
 #include "device/posix/device_bench.h"
 #include "opos/line_display.h"
 #include "platform/library.h"
+#include "printer/scripted_port.h"
 
 namespace marbex::test {
 namespace {
 
 using namespace opos;
 using namespace virtual_printer;
+
+const std::vector<tests::TextCase> kFamily = tests::TextCasesIn(
+#include "device/posix/family.txt"
+);
+
+// A bitmap of 8 x 2 dots: black, white and black from the left in the row that stands first, all white in the other.
+std::string TwoRowsOfEightDots()
+{
+    using namespace std::string_literals;
+    return "BM\x46\0\0\0\0\0\0\0\x3E\0\0\0\x28\0\0\0\x08\0\0\0\x02\0\0\0\x01\0\x01\0\0\0\0\0\x08\0\0\0"s +
+           std::string(16, '\0') + "\0\0\0\0\xFF\xFF\xFF\0"s + "\xFF\0\0\0\x3E\0\0\0"s;
+}
 
 class FamilyTest : public testing::TestWithParam<const char*> {
 protected:
@@ -26,7 +44,10 @@ protected:
             link.kind = LinkOptions::Kind::kSerial;
             link.displaySerial = true;
         }
-        server = std::make_unique<PrinterServer>(GetParam(), link);
+        // Told on the server's own thread; read when it has come to the end.
+        const PrinterServer::Copies copies{{}, [this](std::span<const uint8_t> bytes) { Keep(bytes); }, {}};
+        server =
+            std::make_unique<PrinterServer>(GetParam(), link, PrinterOptions{}, VirtualPrinter::Observer{}, copies);
         std::ostringstream lines;
         lines << "[HKEY_LOCAL_MACHINE\\SOFTWARE\\OLEforRetail\\ServiceOPOS\\POSPrinter\\Till]\n"
               << "@=\"Service.MarbexOposPrnDriver\"\n\"PrinterModel\"=\"" << GetParam() << "\"\n"
@@ -51,6 +72,83 @@ protected:
         if (device) device->CloseService();
     }
 
+    void Keep(std::span<const uint8_t> bytes)
+    {
+        const std::lock_guard hold(mutex);
+        received.append(bytes.begin(), bytes.end());
+    }
+
+    // What has come without the questions for the status, a line feed at the end of a line.
+    std::string Sent()
+    {
+        const std::lock_guard hold(mutex);
+        for (const std::string_view question : {"\x10\x04\x14", "\x10\x04\x01", "\x10\x04\x02"}) {
+            for (std::size_t at = 0; (at = received.find(question, at)) != std::string::npos;)
+                received.erase(at, question.size());
+        }
+        return Shown(received) + '\n';
+    }
+
+    static std::string Shown(std::string_view bytes)
+    {
+        std::ostringstream text;
+        for (const char byte : bytes) {
+            if (byte >= ' ' && byte <= '~') {
+                text << byte;
+            } else {
+                text << '<' << std::hex << std::setw(2) << std::setfill('0') << (byte & 0xFF) << '>';
+            }
+            if (byte == '\n') text << '\n';
+        }
+        return text.str();
+    }
+
+    static const printer::EncoderTraits& Commands() { return device::FindModel(GetParam())->encoder; }
+
+    static std::string Recovery()
+    {
+        Trace trace;
+        ScriptedPort port(trace);
+        ScriptedClock clock;
+        printer::CPrinterEncoder encoder(Commands(), clock);
+        encoder.AttachPort(&port);
+        encoder.RecoverFromError();
+        return Shown(trace[0]);
+    }
+
+    // The identifiers that are taken for one of the model.
+    static std::string Identities()
+    {
+        std::ostringstream known;
+        Trace trace;
+        ScriptedPort port(trace);
+        ScriptedClock clock;
+        printer::CPrinterEncoder encoder(Commands(), clock);
+        encoder.AttachPort(&port);
+        for (int identity = 0; identity < 0x300; ++identity) {
+            const std::string low(1, static_cast<char>(identity));
+            port.ForgetAnswers();
+            port.Answer("\x1DI\x01", {identity < 0x100 ? low : "\xFF"});
+            port.Answer("\x1DI\xFF", {static_cast<char>(identity >> 8) + low});
+            if (encoder.CheckPrinter()) known << ' ' << std::hex << identity;
+            port.open = true;
+        }
+        return known.str();
+    }
+
+    // Who has written to the log.
+    std::set<std::string> Tags() const
+    {
+        std::set<std::string> tags;
+        for (const std::string& line : log.Taken()) {
+            const std::string tag = line.substr(0, line.find(']') + 1);
+            if (tag.ends_with("POSPrinter]") || tag.starts_with("[CPrintSpooler")) tags.insert(tag);
+        }
+        return tags;
+    }
+
+    std::mutex mutex;
+    std::string received;
     ServiceLogCapture log;
     tests::TempRegistry registry;
     std::unique_ptr<PrinterServer> server;
@@ -81,18 +179,50 @@ TEST_P(FamilyTest, OneReceipt)
     EXPECT_TRUE(codes[0].printed) << codes[0].problem;
     EXPECT_EQ(codes[0].data, "4006381333931");
     EXPECT_TRUE(server->All<Unknown>().empty()) << server->All<Unknown>().front().why;
+}
 
-    const std::string_view model = GetParam();
-    const device::ModelDescription& description = *device::FindModel(model);
-    const auto feeds = static_cast<std::size_t>(description.recLinesToPaperCut) + (model == "NESTO" ? 2U : 0U);
-    EXPECT_EQ(lines.size(), 3U + feeds);
-    EXPECT_EQ(server->All<Cut>().size(), model == "NESTO" ? 0U : 1U);
-    const bool presents = !description.encoder.presenter.empty();
-    EXPECT_EQ(server->All<PresenterMove>().size(),
-              (presents ? 1U : 0U) + (description.encoder.afterCutSequence ? 1U : 0U));
-    EXPECT_EQ(server->All<StartUp>().size(), model == "OSTRA" ? 1U : 0U);
-    EXPECT_TRUE(log.Has(std::string("[") + description.tag + "] PrintNormal End"));
-    EXPECT_TRUE(log.Has(std::string("[") + description.spooler.tag + "] --- PrintNormal End"));
+// What comes over the cable for everything that a method can do, and what the application is told of the model. A
+// picture is eight dots wide; the second time it is turned, and a millimetre wide.
+TEST_P(FamilyTest, EveryMethodToTheByte)
+{
+    std::ostringstream record;
+    record << device->GetPropertyString(PIDX_DeviceDescription).value_or("") << '\n';
+    for (const int32_t mode : {PTR_MM_TWIPS, PTR_MM_ENGLISH, PTR_MM_METRIC, PTR_MM_DOTS}) {
+        device->SetPropertyNumber(PIDXPtr_MapMode, mode);
+        record << device->GetPropertyNumber(PIDXPtr_RecLineWidth) << ' ';
+    }
+    record << device->GetPropertyNumber(PIDXPtr_RecLinesToPaperCut) << '\n';
+
+    const std::string picture = registry.Folder() + "/picture.bmp";
+    std::ofstream(picture, std::ios::binary) << TwoRowsOfEightDots();
+    device->PrintNormal(PTR_S_RECEIPT, "a\x1B|50Pb\x1B|P\x1B|cAc\x1B|9M\n");
+    device->PrintImmediate(PTR_S_RECEIPT, "now\n");
+    device->PrintBarCode(PTR_S_RECEIPT, "1234", PTR_BCS_Code39, 60, 2, PTR_BC_CENTER, PTR_BC_TEXT_BELOW);
+    EXPECT_EQ(device->PrintBitmap(PTR_S_RECEIPT, picture, PTR_BM_ASIS, PTR_BM_RIGHT), 0);
+    EXPECT_EQ(device->RotatePrint(PTR_S_RECEIPT, PTR_RP_BITMAP | PTR_RP_RIGHT90), 0);
+    device->SetPropertyNumber(PIDXPtr_MapMode, PTR_MM_METRIC);
+    EXPECT_EQ(device->PrintBitmap(PTR_S_RECEIPT, picture, 100, 200), 0);
+    EXPECT_EQ(device->PrintBitmap(PTR_S_RECEIPT, picture + "x", PTR_BM_ASIS, PTR_BM_LEFT), OPOS_E_NOEXIST);
+    EXPECT_EQ(device->MarkFeed(PTR_MF_TO_NEXT_TOF), 0);
+    for (const int32_t percentage : {100, 50, 90}) {
+        device->CutPaper(percentage);
+        device->PrintNormal(PTR_S_RECEIPT, "after a cut\n");
+    }
+    ASSERT_EQ(device->PrintImmediate(PTR_S_RECEIPT, "end\n"), 0);
+    ASSERT_TRUE(server->WaitFor([](const auto& printer) {
+        const auto lines = printer.Lines();
+        return !lines.empty() && lines.back() == "end";
+    }));
+    record << Sent() << Recovery() << "\nknown by" << Identities() << '\n';
+    for (const std::string& tag : Tags())
+        record << tag << '\n';
+
+    const auto expected = std::ranges::find(kFamily, GetParam(), &tests::TextCase::name);
+    ASSERT_NE(expected, kFamily.end());
+    std::string lines;
+    for (const std::string& line : expected->lines)
+        lines += line + '\n';
+    EXPECT_EQ(record.str(), lines);
 }
 
 TEST_P(FamilyTest, DrawerAndDisplay)
