@@ -1,7 +1,7 @@
 #pragma once
 
 // The commands of the program. Each returns the program's exit status: 0 when it did what was asked, 1 when it could
-// not (the reason is on standard error), and for the console 2 when a statement failed.
+// not (the reason is on standard error), for the console 2 when a statement failed, for the check 2 for warnings.
 
 #include <string>
 #include <vector>
@@ -37,6 +37,15 @@ int ListModels();
 // server: the library; empty takes the one beside this program.
 int RegisterServer(const std::string& server);
 int UnregisterServer(const std::string& server);
+
+struct CheckOptions {
+    std::string server;
+    std::string registry;  // the file that the command line names, for the commands to type next
+    std::string device;    // empty: the only one there is
+    bool all = false;
+    bool json = false;
+};
+int CheckTill(const CheckOptions& options);  // 0 all is fine, 1 something is wrong, 2 warnings only
 
 struct PrinterOptions {
     std::string server;

@@ -168,6 +168,14 @@ private:
 
     void AddPrinterCommands()
     {
+        CLI::App* check = Command(app_, "check", "Look for what is wrong, from the registry to the paper",
+                                  [this] { return Check(); });
+        AddRegistryOption(check, Registry::kWritten);  // its absence is a finding
+        AddServerOption(check, check_.server);
+        check->add_option("DEVICE", check_.device, "Name of the device; without one, the only one there is");
+        check->add_flag("--all", check_.all, "Every device");
+        check->add_flag("--json", check_.json, "As JSON, for a monitor");
+
         CLI::App* health = Command(app_, "health", "Open a printer and report how it is",
                                    [this] { return tools::CheckPrinterHealth(print_); });
         CLI::App* print =
@@ -181,6 +189,16 @@ private:
         print->add_option("FILE", print_.file, "Text in UTF-8, or a picture (BMP, PNG, JPEG, GIF)");
         print->add_flag("--test-page", print_.testPage, "Print a page of what the printer can do instead");
         print->add_flag("--cut", print_.cut, "Cut the paper afterwards");
+    }
+
+    int Check()
+    {
+        if (check_.all && !check_.device.empty()) {
+            tools::Complain("check wants a device or --all");
+            return kUsageError;
+        }
+        check_.registry = registry_;
+        return tools::CheckTill(check_);
     }
 
     int Print() const
@@ -210,6 +228,7 @@ private:
     std::string server_;
     tools::ConsoleOptions console_;
     tools::DeviceOptions device_;
+    tools::CheckOptions check_;
     tools::PrintOptions print_;
     std::function<int()> chosen_;
 };

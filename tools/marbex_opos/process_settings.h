@@ -23,6 +23,8 @@ std::string MissingRegistry();
 
 // What a person has to see to when the registry cannot be written.
 std::string_view RegistryAdvice();
+// And when it cannot be read: what to type or to do.
+std::string RegistryReadAdvice();
 
 bool InputIsTerminal();
 bool OutputIsTerminal();

@@ -1,49 +1,13 @@
 // The program as a shell sees it: what it prints, where, and its exit status.
 
-#include <gtest/gtest.h>
-#include <sys/wait.h>
+#include "tools/posix/program.h"
 
-#include <array>
-#include <cstdio>
-#include <fstream>
+#include <nlohmann/json.hpp>
 
 #include "tools/posix/printer_and_till.h"
 
 namespace marbex::tools {
 namespace {
-
-struct Finished {
-    int status = -1;
-    std::string output;  // standard output and error
-};
-
-class ProgramTest : public ::testing::Test {
-protected:
-    Finished Run(const std::string& arguments, const std::string& input = "")
-    {
-        const std::string inputFile = registry_.Folder() + "/input";
-        std::ofstream(inputFile, std::ios::binary) << input;
-        const std::string command = "'" MARBEX_PROGRAM_FILE "' " + arguments + " --registry '" + registry_.File() +
-                                    "' 2>&1 <'" + inputFile + "'";
-        Finished finished;
-        FILE* pipe = popen(command.c_str(), "r");
-        std::array<char, 4096> buffer;
-        for (std::size_t got = 0; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-            finished.output.append(buffer.data(), got);
-        }
-        finished.status = WEXITSTATUS(pclose(pipe));
-        return finished;
-    }
-    void AddTill(uint16_t port)
-    {
-        const Finished added =
-            Run("devices add Till1 'PrinterModel=TALIS ETHERNET' IPAddress=127.0.0.1 LogPath=" + registry_.Folder() +
-                " Port=" + std::to_string(port));
-        ASSERT_EQ(added.status, 0) << added.output;
-    }
-
-    tests::TempRegistry registry_;
-};
 
 TEST_F(ProgramTest, RunsAScriptAndTellsByItsStatusWhetherAllWasUnderstood)
 {
@@ -158,6 +122,46 @@ TEST_F(ProgramTest, SaysPrintedOnlyOfWhatThePrinterConfirms)
         stopped.output.find("stopped: the cover is open; what the printer has it prints when the cover is closed ("),
         std::string::npos)
         << stopped.output;
+}
+
+TEST_F(ProgramTest, ChecksATill)
+{
+    using namespace virtual_printer;
+    TcpPrinterServer printer("TALIS ETHERNET");
+    EXPECT_EQ(Run("check").output, "this machine\n  wrong    registry      " + registry_.File() +
+                                       ": No such file or directory\n" + std::string(25, ' ') +
+                                       "next: marbex-opos devices add Till1 PrinterModel=MODEL --registry " +
+                                       registry_.File() + "\n");
+    ASSERT_EQ(Run("register").status, 0);
+    AddTill(printer.Port());
+    const Finished fine = Run("check");
+    EXPECT_EQ(fine.status, 0) << fine.output;
+    EXPECT_NE(fine.output.find("\n  fine     cover         closed\n"), std::string::npos) << fine.output;
+    printer.SetPaper(PaperState::kLow);
+    EXPECT_EQ(Run("check Till1").status, 2);
+
+    ASSERT_EQ(Run("devices add Till2 PrinterModel=CORVO Com=77").status, 0);
+    const Finished both = Run("check --all --json");
+    EXPECT_EQ(both.status, 1);
+    const auto json = nlohmann::json::parse(both.output, nullptr, false);
+    ASSERT_TRUE(json.is_object()) << both.output;
+    EXPECT_EQ(json["state"], "wrong");
+    EXPECT_EQ(json["devices"][0]["device"], "Till1");
+    EXPECT_EQ(json["devices"][0]["state"], "warning");
+    EXPECT_EQ(json["devices"][1]["steps"].back()["step"], "port");
+
+    // What is to be typed next can be typed: it says in which registry.
+    EXPECT_NE(Run("check Til1").output.find("next: marbex-opos check Till1 --registry " + registry_.File() + "\n"),
+              std::string::npos);
+    ASSERT_EQ(Run("devices set Till1 PrinterModel=DORIN PortType=ethernet").status, 0);
+    const Finished health = Run("health Till1");
+    EXPECT_EQ(health.status, 1);
+    EXPECT_NE(health.output.find("107 (OPOS_E_NOHARDWARE)\nmodel: the printer is a TALIS ETHERNET, and PrinterModel is "
+                                 "DORIN\nnext: marbex-opos devices set Till1 \"PrinterModel=TALIS ETHERNET\"\n"),
+              std::string::npos)
+        << health.output;
+    registry_.WriteRaw("Windows Registry Editor Version 5.00\n\nrubbish\n");
+    EXPECT_NE(Run("check").output.find("next: mend that line with an editor"), std::string::npos);
 }
 
 TEST_F(ProgramTest, SaysOnceWhereTheRegistryIsBroken)

@@ -76,6 +76,21 @@ std::string PortTypeName(uint32_t portType)
     return std::to_string(portType);
 }
 
+std::string PortText(const support::DeviceProfileStruct& profile)
+{
+    switch (profile.PortType) {
+        case support::kPortSerial:
+            return "COM" + std::to_string(profile.Com) + " " + std::to_string(profile.Speed) + " " + profile.Format +
+                   (profile.Handshake == 2 ? " Xon/Xoff" : "");
+        case support::kPortEthernet:
+            return "TCP " + std::string(profile.IPAddress) + ":" + std::to_string(profile.Port);
+        case support::kPortUsb:
+            return "USB \"" + std::string(profile.PrinterName) + "\"";
+        default:
+            return "port type " + std::to_string(profile.PortType);
+    }
+}
+
 uint32_t FirstPortOf(const support::PrinterModelStruct& model)
 {
     return std::ranges::find_if(kPortNames, [&](const PortName& one) { return Offers(model, one); })->type;

@@ -30,6 +30,9 @@ const support::PrinterModelStruct* ModelOf(const support::DeviceProfileStruct& p
 // "serial", "ethernet" or "usb"; the number when it is none of them.
 std::string PortTypeName(uint32_t portType);
 
+// Where the printer is, for a person: "COM1 9600 8N1", "TCP 192.168.0.20:9100", "USB \"lp0\"".
+std::string PortText(const support::DeviceProfileStruct& profile);
+
 // The port that a model has first, as a number.
 uint32_t FirstPortOf(const support::PrinterModelStruct& model);
 

@@ -37,20 +37,19 @@ std::string_view TextOf(const RegistryValue& value)
     return std::string_view(value.data).substr(0, value.data.find('\0'));
 }
 
-// The drawer and the display of a printer are devices of their own classes under the same name.
-bool HasCompanion(const DeviceProfileStruct* profile, ObjectKind kind)
-{
-    const support::PrinterModelStruct* model = profile == nullptr ? nullptr : ModelOf(*profile);
-    if (model == nullptr) return false;
-    return kind == ObjectKind::kCashDrawer ? model->HasCashDrawer != 0 : model->HasLineDisplay != 0;
-}
-
 RegistryValue TextValue(std::string_view name, std::string_view text)
 {
     return {std::string(name), RegistryType::kSz, std::string(text)};
 }
 
 }  // namespace
+
+bool HasCompanion(const DeviceProfileStruct& profile, ObjectKind kind)
+{
+    const support::PrinterModelStruct* model = ModelOf(profile);
+    if (model == nullptr) return false;
+    return kind == ObjectKind::kCashDrawer ? model->HasCashDrawer != 0 : model->HasLineDisplay != 0;
+}
 
 DeviceStore::DeviceStore(platform::Registry& registry) : registry_(registry), devices_(registry) {}
 
@@ -118,17 +117,17 @@ std::string DeviceStore::CheckName(ObjectKind kind, const std::string& name, con
     const ObjectClass& object = ClassOf(kind);
     const std::string key = DeviceClassKey(object.name);
     const std::string otherMaker = ", a device of another maker";
-    const Owner owner = OwnerOf(key + "\\" + name, object.progId);
-    if (owner != Owner::kNobody && !platform::SameName(name, device)) {
+    const EntryOwner owner = OwnerOf(registry_, kind, name);
+    if (owner != EntryOwner::kNobody && !platform::SameName(name, device)) {
         return "the name " + name + " is that of another " + std::string(object.description) +
-               (owner == Owner::kOther ? otherMaker : std::string());
+               (owner == EntryOwner::kOther ? otherMaker : std::string());
     }
     const auto named = registry_.Value(key, name);
     const std::string target(named ? TextOf(*named) : std::string_view());
-    const Owner targetOwner = target.empty() ? Owner::kNobody : OwnerOf(key + "\\" + target, object.progId);
-    if (targetOwner == Owner::kNobody || platform::SameName(target, device)) return {};
+    const EntryOwner targetOwner = target.empty() ? EntryOwner::kNobody : OwnerOf(registry_, kind, target);
+    if (targetOwner == EntryOwner::kNobody || platform::SameName(target, device)) return {};
     return "the name " + name + " stands for the " + std::string(object.description) + " " + target + " already" +
-           (targetOwner == Owner::kOther ? otherMaker : std::string());
+           (targetOwner == EntryOwner::kOther ? otherMaker : std::string());
 }
 
 std::string DeviceStore::CheckLogicalName(const std::string& name, const std::string& device,
@@ -139,7 +138,7 @@ std::string DeviceStore::CheckLogicalName(const std::string& name, const std::st
     if (platform::SameName(name, device)) return "the device is called " + device + " already";
     std::string problem = CheckName(ObjectKind::kPrinter, name, device);
     for (const ObjectKind kind : kCompanions) {
-        if (problem.empty() && HasCompanion(&profile, kind)) problem = CheckName(kind, name, device);
+        if (problem.empty() && HasCompanion(profile, kind)) problem = CheckName(kind, name, device);
     }
     return problem;
 }
@@ -169,9 +168,8 @@ std::string DeviceStore::Add(std::string& name, const DeviceChanges& changes)
     std::string problem = RegistryProblem();
     if (!problem.empty()) return problem;
     devices_.EnumerateDevices();
-    const std::string key = support::kServiceKey + ("\\" + name);
     if (!name.empty() && !IsGoodKeyName(name)) return "the name is too long or holds a backslash";
-    if (!name.empty() && OwnerOf(key, support::kPrinterProgId) == Owner::kUs) {
+    if (!name.empty() && OwnerOf(registry_, ObjectKind::kPrinter, name) == EntryOwner::kUs) {
         return "there is a device " + name + " already; marbex-opos devices set changes it";
     }
     if (!name.empty()) problem = CheckName(ObjectKind::kPrinter, name, {});
@@ -247,23 +245,15 @@ bool DeviceStore::Write(const std::string& name, const DeviceChanges& changes, c
 bool DeviceStore::NameCompanions(const std::string& name, const DeviceProfileStruct& profile)
 {
     for (const ObjectKind kind : kCompanions) {
-        const ObjectClass& object = ClassOf(kind);
-        const std::string key = DeviceClassKey(object.name);
-        const bool isOurs = OwnerOf(key + "\\" + name, object.progId) == Owner::kUs;
-        if (!HasCompanion(&profile, kind) || !isOurs) continue;
+        const std::string key = DeviceClassKey(ClassOf(kind).name);
+        const bool isOurs = OwnerOf(registry_, kind, name) == EntryOwner::kUs;
+        if (!HasCompanion(profile, kind) || !isOurs) continue;
         for (const std::string& logicalName : LogicalNamesOf(name)) {
             if (!CheckName(kind, logicalName, name).empty()) continue;
             if (!registry_.SetValue(key, TextValue(logicalName, name))) return false;
         }
     }
     return true;
-}
-
-DeviceStore::Owner DeviceStore::OwnerOf(const std::string& key, std::string_view progId) const
-{
-    if (!registry_.KeyExists(key)) return Owner::kNobody;
-    const auto owner = registry_.Value(key, "");
-    return owner && platform::SameName(TextOf(*owner), progId) ? Owner::kUs : Owner::kOther;
 }
 
 bool DeviceStore::CreateEntry(const std::string& className, const std::string& name, std::string_view progId)
@@ -288,9 +278,10 @@ bool DeviceStore::MatchCompanions(const std::string& name, const DeviceProfileSt
     return std::ranges::all_of(kCompanions, [&](ObjectKind kind) {
         const ObjectClass& object = ClassOf(kind);
         const std::string className(object.name);
-        const Owner owner = OwnerOf(DeviceClassKey(className) + "\\" + name, object.progId);
-        if (HasCompanion(profile, kind)) return owner != Owner::kNobody || CreateEntry(className, name, object.progId);
-        return owner != Owner::kUs || RemoveEntry(className, name);
+        const EntryOwner owner = OwnerOf(registry_, kind, name);
+        if (profile != nullptr && HasCompanion(*profile, kind))
+            return owner != EntryOwner::kNobody || CreateEntry(className, name, object.progId);
+        return owner != EntryOwner::kUs || RemoveEntry(className, name);
     });
 }
 
@@ -298,13 +289,9 @@ void DeviceStore::RememberLeftAlone(const std::string& name, const DeviceProfile
 {
     leftAlone_.clear();
     for (const ObjectKind kind : kCompanions) {
-        const ObjectClass& object = ClassOf(kind);
-        const std::string className(object.name);
-        const std::string key = DeviceClassKey(className) + "\\" + name;
-        if (!HasCompanion(&profile, kind) || OwnerOf(key, object.progId) != Owner::kOther) continue;
-        const auto owner = registry_.Value(key, "");
-        leftAlone_.push_back("the " + className + " entry " + name + " belongs to " +
-                             (owner ? std::string(TextOf(*owner)) : "nobody we know") + " and was left alone");
+        if (!HasCompanion(profile, kind) || OwnerOf(registry_, kind, name) != EntryOwner::kOther) continue;
+        leftAlone_.push_back("the " + std::string(ClassOf(kind).name) + " entry " + name + " belongs to " +
+                             OwnerName(registry_, kind, name) + " and was left alone");
     }
 }
 

@@ -31,6 +31,10 @@ struct DeviceChanges {
     std::string logicalName;             // to add, for the drawer and the display too; empty: none
 };
 
+// The drawer and the display of a printer are devices of their own classes under the same name: whether its model has
+// one.
+bool HasCompanion(const support::DeviceProfileStruct& profile, ObjectKind kind);
+
 class DeviceStore {
 public:
     explicit DeviceStore(platform::Registry& registry = platform::SystemRegistry());
@@ -55,8 +59,6 @@ public:
     const std::vector<std::string>& LeftAlone() const { return leftAlone_; }
 
 private:
-    enum class Owner { kNobody, kUs, kOther };
-    Owner OwnerOf(const std::string& key, std::string_view progId) const;
     std::vector<std::string> LogicalNamesOf(const std::string& name) const;
     std::string CheckName(ObjectKind kind, const std::string& name, const std::string& device) const;
     std::string CheckLogicalName(const std::string& name, const std::string& device,

@@ -20,21 +20,6 @@ DeviceStore OpenStore()
     return DeviceStore();
 }
 
-std::string PortText(const support::DeviceProfileStruct& profile)
-{
-    switch (profile.PortType) {
-        case support::kPortSerial:
-            return "COM" + std::to_string(profile.Com) + " " + std::to_string(profile.Speed) + " " + profile.Format +
-                   (profile.Handshake == 2 ? " Xon/Xoff" : "");
-        case support::kPortEthernet:
-            return "TCP " + std::string(profile.IPAddress) + ":" + std::to_string(profile.Port);
-        case support::kPortUsb:
-            return "USB \"" + std::string(profile.PrinterName) + "\"";
-        default:
-            return "port type " + std::to_string(profile.PortType);
-    }
-}
-
 void Show(const DeviceView& view)
 {
     const std::vector<ProfileFinding> findings = CheckProfile(platform::SystemRegistry(), view.name);

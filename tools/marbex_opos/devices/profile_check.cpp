@@ -159,6 +159,20 @@ private:
                              SetCommand(ShellWord(assignment) + " --default " + ShellWord(value.name))});
     }
 
+    static std::string TypeComplaint(const ProfileField& field, const RegistryValue& value)
+    {
+        if (value.type == TypeOf(field)) return {};
+        return std::string(": is ") + NameOf(value.type) + ", not " + NameOf(TypeOf(field));
+    }
+
+    // Setting it again mends a value that is written as another type than its field's; else the default does.
+    std::string SameAgain(const ProfileField& field, const RegistryValue& value) const
+    {
+        DeviceProfileStruct meant{};
+        const bool isUsable = IsText(value.type) && support::AssignField(field, value.data, meant).empty();
+        return isUsable ? SetCommand(ShellWord(std::string(field.name) + "=" + value.data)) : ToDefault(field.name);
+    }
+
     void CheckField(const ProfileField& field, const RegistryValue& value)
     {
         DeviceProfileStruct read{};
@@ -167,15 +181,14 @@ private:
             value.type == TypeOf(field) || (IsText(value.type) && field.kind == ProfileFieldKind::kText);
         if (!support::LoadField(field, value, read)) {
             findings_.push_back({value.name, Shown(value), true,
-                                 "does not fit its field; the default " + std::string(field.defaultText) + " is used",
-                                 ToDefault(name)});
+                                 "does not fit its field" + TypeComplaint(field, value) + "; the default " +
+                                     std::string(field.defaultText) + " is used",
+                                 SameAgain(field, value)});
         } else if (!hasType) {
-            DeviceProfileStruct meant{};
-            const bool isUsable = IsText(value.type) && support::AssignField(field, value.data, meant).empty();
-            findings_.push_back({value.name, Shown(value), true,
-                                 std::string("is ") + NameOf(value.type) + ", not " + NameOf(TypeOf(field)) +
-                                     "; it is read as " + support::ShowField(field, read),
-                                 isUsable ? SetCommand(ShellWord(name + "=" + value.data)) : ToDefault(name)});
+            findings_.push_back(
+                {value.name, Shown(value), true,
+                 TypeComplaint(field, value).substr(2) + "; it is read as " + support::ShowField(field, read),
+                 SameAgain(field, value)});
         } else if (IsOfPort(field, profile_.PortType)) {
             CheckRange(field, value, read);
         }

@@ -1,6 +1,7 @@
 find_path(EDITLINE_INCLUDE histedit.h REQUIRED)
 find_library(EDITLINE_LIBRARY edit REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
 target_include_directories(marbex_opos_tool SYSTEM PRIVATE ${EDITLINE_INCLUDE})
-target_link_libraries(marbex_opos_tool PRIVATE ${EDITLINE_LIBRARY} ${CMAKE_DL_LIBS})
+target_link_libraries(marbex_opos_tool PRIVATE nlohmann_json::nlohmann_json ${EDITLINE_LIBRARY} ${CMAKE_DL_LIBS})
 target_link_libraries(marbex-opos PRIVATE CLI11::CLI11)

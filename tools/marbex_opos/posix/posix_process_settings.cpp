@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "marbex_opos/devices/profile_check.h"
 #include "marbex_opos/process_settings.h"
 #include "platform/posix/registry_location.h"
 #include "platform/registry.h"
@@ -38,6 +39,13 @@ std::string MissingRegistry()
 std::string_view RegistryAdvice()
 {
     return "is the registry file writable?";
+}
+
+std::string RegistryReadAdvice()
+{
+    const std::string path = RegistryPlace();
+    if (access(path.c_str(), R_OK) != 0) return "sudo chmod a+r " + ShellWord(path);
+    return "mend that line with an editor";
 }
 
 bool InputIsTerminal()

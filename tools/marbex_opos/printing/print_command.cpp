@@ -5,6 +5,7 @@
 #include <system_error>
 #include <vector>
 
+#include "marbex_opos/check/check.h"
 #include "marbex_opos/commands.h"
 #include "marbex_opos/output.h"
 #include "marbex_opos/printing/printer_session.h"
@@ -158,6 +159,19 @@ private:
     const PrintOptions& options_;
 };
 
+// A bare result code helps nobody: the first step of the check that is wrong, and what to do.
+int TellFirstFault(const std::string& device, const std::string& problem)
+{
+    Complain(problem);
+    if (!DeviceStore().RegistryProblem().empty()) return 1;
+    const Steps steps = CheckDevice(device);
+    const auto wrong = std::ranges::find(steps.List(), StepState::kWrong, &Step::state);
+    if (wrong == steps.List().end()) return 1;
+    const bool isTold = problem.find(wrong->text) != std::string::npos;
+    PrintError((isTold ? "" : wrong->name + ": " + wrong->text + "\n") + "next: " + wrong->next + "\n");
+    return 1;
+}
+
 }  // namespace
 
 int PrintFile(const PrintOptions& options)
@@ -177,19 +191,19 @@ int PrintFile(const PrintOptions& options)
         if (!picture) return Complain(options.file + ": a picture that is damaged, or none");
     }
     PrinterSession printer(options.server, options.device);
-    if (!printer.Problem().empty()) return Complain(printer.Problem());
+    if (!printer.Problem().empty()) return TellFirstFault(options.device, printer.Problem());
     return PrintJob(printer, options).Run(file, picture.get());
 }
 
 int CheckPrinterHealth(const PrinterOptions& options)
 {
     PrinterSession printer(options.server, options.device);
-    if (!printer.Problem().empty()) return Complain(printer.Problem());
+    if (!printer.Problem().empty()) return TellFirstFault(options.device, printer.Problem());
     Print(printer.Text(opos::PIDX_DeviceDescription) + "\n");
     Print(printer.Text(opos::PIDX_ServiceObjectDescription) + "\n");
     const int32_t health = printer.Probe();
     Print("health       " + printer.LastResult() + "\n");
-    return health == opos::OPOS_SUCCESS ? 0 : 1;
+    return health == opos::OPOS_SUCCESS ? 0 : Complain(options.device + ": " + printer.WhyNotPrinted());
 }
 
 }  // namespace marbex::tools

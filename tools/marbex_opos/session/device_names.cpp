@@ -18,14 +18,27 @@ std::string DeviceClassKey(std::string_view className)
     return "SOFTWARE\\OLEforRetail\\ServiceOPOS\\" + std::string(className);
 }
 
-std::vector<std::string> DeviceNames(const platform::Registry& registry, ObjectKind kind)
+EntryOwner OwnerOf(const platform::Registry& registry, ObjectKind kind, const std::string& name)
 {
     const ObjectClass& object = ClassOf(kind);
-    const std::string key = DeviceClassKey(object.name);
+    const std::string key = DeviceClassKey(object.name) + "\\" + name;
+    if (!registry.KeyExists(key)) return EntryOwner::kNobody;
+    const auto owner = registry.Value(key, "");
+    return owner && platform::SameName(TextOf(*owner), object.progId) ? EntryOwner::kUs : EntryOwner::kOther;
+}
+
+std::string OwnerName(const platform::Registry& registry, ObjectKind kind, const std::string& name)
+{
+    const auto owner = registry.Value(DeviceClassKey(ClassOf(kind).name) + "\\" + name, "");
+    return owner ? TextOf(*owner) : "nobody we know";
+}
+
+std::vector<std::string> DeviceNames(const platform::Registry& registry, ObjectKind kind)
+{
+    const std::string key = DeviceClassKey(ClassOf(kind).name);
     std::vector<std::string> names;
     for (const std::string& device : registry.Subkeys(key).value_or(std::vector<std::string>())) {
-        const auto owner = registry.Value(key + "\\" + device, "");
-        if (owner && platform::SameName(TextOf(*owner), object.progId)) names.push_back(device);
+        if (OwnerOf(registry, kind, device) == EntryOwner::kUs) names.push_back(device);
     }
     const std::vector<std::string> devices = names;
     for (const auto& value : registry.Values(key).value_or(std::vector<platform::RegistryValue>())) {

@@ -53,6 +53,11 @@ std::string_view RegistryAdvice()
     return "run it as administrator";
 }
 
+std::string RegistryReadAdvice()
+{
+    return "run it as administrator";
+}
+
 bool InputIsTerminal()
 {
     return IsConsole(STD_INPUT_HANDLE);

@@ -5,6 +5,7 @@
 #include <bit>
 #include <filesystem>
 
+#include "marbex_opos/check/system_facts.h"
 #include "marbex_opos/session/registered_server.h"
 #include "marbex_opos/session/server_library.h"
 #include "platform/kernel.h"
@@ -77,12 +78,7 @@ std::string Words(DWORD error)
     if (error == ERROR_BAD_EXE_FORMAT) {
         return std::string("no library for a program of ") + (sizeof(void*) == 8 ? "64" : "32") + " bits";
     }
-    wchar_t text[512];
-    DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0, text,
-                                  static_cast<DWORD>(std::size(text)), nullptr);
-    while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.'))
-        --length;
-    return length > 0 ? platform::Utf8FromWide({text, length}) : "error " + std::to_string(error);
+    return SystemWords(error);
 }
 
 // A library that lacks another one is a message on the console, not a box on a screen that nobody watches.
