@@ -47,6 +47,13 @@ struct CheckOptions {
 };
 int CheckTill(const CheckOptions& options);  // 0 all is fine, 1 something is wrong, 2 warnings only
 
+struct LogOptions {
+    std::string device;   // empty: the only one there is
+    bool follow = false;  // goes on until the program is ended
+    bool errors = false;  // nothing else
+};
+int ShowLog(const LogOptions& options);
+
 struct PrinterOptions {
     std::string server;
     std::string device;

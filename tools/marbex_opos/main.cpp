@@ -176,6 +176,13 @@ private:
         check->add_flag("--all", check_.all, "Every device");
         check->add_flag("--json", check_.json, "As JSON, for a monitor");
 
+        CLI::App* log = Command(app_, "log", "The logs of a till as one, by time, the bytes by their commands",
+                                [this] { return tools::ShowLog(log_); });
+        AddRegistryOption(log);
+        log->add_option("DEVICE", log_.device, "Name of the device; without one, the only one there is");
+        log->add_flag("--follow", log_.follow, "Go on as the logs grow");
+        log->add_flag("--errors", log_.errors, "Only what went wrong");
+
         CLI::App* health = Command(app_, "health", "Open a printer and report how it is",
                                    [this] { return tools::CheckPrinterHealth(print_); });
         CLI::App* print =
@@ -229,6 +236,7 @@ private:
     tools::ConsoleOptions console_;
     tools::DeviceOptions device_;
     tools::CheckOptions check_;
+    tools::LogOptions log_;
     tools::PrintOptions print_;
     std::function<int()> chosen_;
 };

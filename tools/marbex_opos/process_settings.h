@@ -28,6 +28,7 @@ std::string RegistryReadAdvice();
 
 bool InputIsTerminal();
 bool OutputIsTerminal();
+bool OutputTakesColours();  // a terminal that does, of a user who has not set NO_COLOR
 
 // Where the history of the interactive console is kept; empty when there is no home for it.
 std::string HistoryFile();

@@ -164,6 +164,29 @@ TEST_F(ProgramTest, ChecksATill)
     EXPECT_NE(Run("check").output.find("next: mend that line with an editor"), std::string::npos);
 }
 
+TEST_F(ProgramTest, ShowsTheLogsOfATill)
+{
+    virtual_printer::TcpPrinterServer printer("TALIS ETHERNET");
+    AddTill(printer.Port());
+    EXPECT_EQ(Run("log").output,
+              "Till1 writes no log now; for one with every byte: marbex-opos devices set Till1 "
+              "LogEnabled=3\nmarbex-opos: there is no log in " +
+                  registry_.Folder() + "\n");
+    ASSERT_EQ(Run("devices set Till1 LogEnabled=3").status, 0);
+    const std::string file = registry_.Folder() + "/receipt.txt";
+    std::ofstream(file) << "Hello\n";
+    ASSERT_EQ(Run("print Till1 " + file).status, 0);
+    const Finished log = Run("log Till1");
+    EXPECT_EQ(log.status, 0);
+    EXPECT_NE(log.output.find(" -> text  \"Hello\"\n"), std::string::npos) << log.output;
+    EXPECT_NE(log.output.find(" <- 65  identity: TALIS ETHERNET\n"), std::string::npos) << log.output;
+    EXPECT_EQ(Run("log Till1 --errors").output, "") << "of a print that went well";
+    printer.SetCover(true);
+    ASSERT_EQ(Run("print Till1 " + file).status, 1);
+    EXPECT_NE(Run("log --errors").output.find("(114 (OPOS_E_EXTENDED), 201 (OPOS_EPTR_COVER_OPEN))"),
+              std::string::npos);
+}
+
 TEST_F(ProgramTest, SaysOnceWhereTheRegistryIsBroken)
 {
     registry_.WriteRaw("Windows Registry Editor Version 5.00\n\nrubbish\n");

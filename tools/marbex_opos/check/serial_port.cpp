@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    const comm::CComLayerLog noLog_;
+    comm::CComLayerLog noLog_;
     comm::CNuComSerial serial_{noLog_, platform::SystemSerial(), platform::SystemClock()};
 };
 

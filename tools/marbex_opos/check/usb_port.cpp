@@ -43,7 +43,7 @@ public:
     }
 
 private:
-    const comm::CComLayerLog noLog_;
+    comm::CComLayerLog noLog_;
     comm::CNuComUsb usb_{noLog_, platform::SystemUsb(), platform::SystemClock()};
 };
 

@@ -58,6 +58,14 @@ bool OutputIsTerminal()
     return isatty(STDOUT_FILENO) != 0;
 }
 
+bool OutputTakesColours()
+{
+    const char* terminal = std::getenv("TERM");
+    const char* refused = std::getenv("NO_COLOR");
+    return OutputIsTerminal() && terminal != nullptr && std::strcmp(terminal, "dumb") != 0 &&
+           (refused == nullptr || *refused == '\0');
+}
+
 std::string HistoryFile()
 {
     const char* state = std::getenv("XDG_STATE_HOME");

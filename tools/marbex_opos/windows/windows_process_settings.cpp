@@ -68,6 +68,17 @@ bool OutputIsTerminal()
     return IsConsole(STD_OUTPUT_HANDLE);
 }
 
+// Windows 10 and later, once they are told to.
+bool OutputTakesColours()
+{
+    constexpr DWORD kVirtualTerminal = 0x0004;  // ENABLE_VIRTUAL_TERMINAL_PROCESSING
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    const wchar_t* refused = _wgetenv(L"NO_COLOR");
+    DWORD mode = 0;
+    return (refused == nullptr || *refused == L'\0') && GetConsoleMode(output, &mode) != FALSE &&
+           SetConsoleMode(output, mode | kVirtualTerminal) != FALSE;
+}
+
 std::string HistoryFile()
 {
     const wchar_t* home = _wgetenv(L"LOCALAPPDATA");
