@@ -1,6 +1,7 @@
 #include "comm/com_layer_log.h"
 
 #include <cstdio>
+#include <new>
 
 #include "platform/clock.h"
 #include "platform/files.h"
@@ -55,11 +56,15 @@ int32_t CComLayerLog::SetPath(const char* path)
 void CComLayerLog::Write(std::string_view prefix, std::string_view message, uint32_t level) const
 {
     if (!Writes(level)) return;
-    const std::string line = ComposeLine(prefix, message);
-    if (destination_ == kLogToFile) {
-        platform::AppendShared(path_, line, limit_);
-    } else if (destination_ == kLogToDebugger) {
-        platform::WriteDebugOutput(line);
+    try {
+        const std::string line = ComposeLine(prefix, message);
+        if (destination_ == kLogToFile) {
+            platform::AppendShared(path_, line, limit_);
+        } else if (destination_ == kLogToDebugger) {
+            platform::WriteDebugOutput(line);
+        }
+    } catch (const std::bad_alloc&) {
+        // The line is missing; what it tells of goes on.
     }
 }
 

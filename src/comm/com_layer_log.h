@@ -37,7 +37,8 @@ public:
     bool DumpsBytes() const { return (mask_ & kLogBytes) != 0; }
 
     // "[yyyy/mm/dd hh:mm:ss:mmmm] prefix message"; the message is not interpreted, and gets a line feed when it has
-    // none of its own. A line above 299 characters is cut to 298 and a line feed.
+    // none of its own. A line above 299 characters is cut to 298 and a line feed. One that cannot be written, or for
+    // which there is no memory, is left out.
     void Write(std::string_view prefix, std::string_view message, uint32_t level) const;
 
 private:

@@ -3,6 +3,7 @@
 #include "device/printer_device.h"
 #include "opos/common.h"
 #include "opos/printer.h"
+#include "platform/memory.h"
 #include "support/service_log.h"
 
 namespace marbex::device {
@@ -59,7 +60,7 @@ int32_t PrinterDevice::ReleaseDevice()
             if (ClaimSemaphore && held) ClaimSemaphore->Release();
         }
         // An error that has just come up, since the look at the state, is still to be answered.
-        Events.Clear(events::CEventHandler::ErrorEvents::kKept);
+        platform::WaitForMemory(clock_, [this] { Events.Clear(events::CEventHandler::ErrorEvents::kKept); });
         result = opos::OPOS_SUCCESS;
         SetErrorCode(result, 0);
     }

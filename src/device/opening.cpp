@@ -1,5 +1,7 @@
 // Opening the service: profile, log, control object, port, printer, spooler, events.
 
+#include <new>
+
 #include "device/printer_device.h"
 #include "device/process_state.h"
 #include "opos/common.h"
@@ -58,7 +60,7 @@ int32_t PrinterDevice::OpenService(const std::string&, const std::string& Device
     if (!LoadProfile(DeviceName, profile)) return FailOpening(opos::OPOS_E_NOSERVICE);
     LogWrite("[%s] OpenService Begin", tag_);
     if (!ControlObject_.Attach(Dispatch)) return FailOpening(opos::OPOS_E_NOSERVICE);
-    if (const int32_t failure = OpenComponents(profile); failure != 0) return FailOpening(failure);
+    if (const int32_t failure = OpenComponentsInMemory(profile); failure != 0) return FailOpening(failure);
     LogWrite("[%s] OpenService End", tag_);
     return opos::OPOS_SUCCESS;
 }
@@ -76,9 +78,20 @@ int32_t PrinterDevice::OpenService_NET(const std::string&, const std::string& De
         LogWrite("[%s] OpenService_NET The event file %s could not be created", tag_, EventFileName.c_str());
         return FailOpening(opos::OPOS_E_NOSERVICE);
     }
-    if (const int32_t failure = OpenComponents(profile); failure != 0) return FailOpening(failure);
+    if (const int32_t failure = OpenComponentsInMemory(profile); failure != 0) return FailOpening(failure);
     LogWrite("[%s] OpenService_NET End", tag_);
     return opos::OPOS_SUCCESS;
+}
+
+int32_t PrinterDevice::OpenComponentsInMemory(const DeviceProfileStruct& profile)
+{
+    try {
+        return OpenComponents(profile);
+    } catch (const std::bad_alloc&) {
+        LogWrite("[%s] Not enough memory to open", tag_);
+        AbandonOpening();
+        return opos::OPOS_E_FAILURE;
+    }
 }
 
 int32_t PrinterDevice::OpenComponents(const DeviceProfileStruct& profile)
@@ -129,11 +142,17 @@ bool PrinterDevice::OpenSpoolerAndEvents(const DeviceProfileStruct& profile)
     if (delivering) return true;
 
     LogWrite("[%s] Error starting the spooler or the event handler", tag_);
+    AbandonOpening();
+    return false;
+}
+
+// Closes what has been opened so far.
+void PrinterDevice::AbandonOpening()
+{
     BeginClosing();
     openSettled_->Set();
     CloseComponents();
     BecomeClosed();
-    return false;
 }
 
 void PrinterDevice::ConfigurePort(const DeviceProfileStruct& profile)

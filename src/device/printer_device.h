@@ -121,9 +121,11 @@ private:
     bool BeginOpening();
     bool LoadProfile(const std::string& DeviceName, support::DeviceProfileStruct& profile);
     int32_t FailOpening(int32_t resultCode);
+    int32_t OpenComponentsInMemory(const support::DeviceProfileStruct& profile);
     int32_t OpenComponents(const support::DeviceProfileStruct& profile);
     void ConfigurePort(const support::DeviceProfileStruct& profile);
     bool OpenSpoolerAndEvents(const support::DeviceProfileStruct& profile);
+    void AbandonOpening();
     void BeginClosing();
     bool FinishClosing();  // false when output that had been queued was dropped
     void CloseComponents();

@@ -4,6 +4,7 @@
 #include "device/printer_device.h"
 #include "opos/common.h"
 #include "opos/printer.h"
+#include "platform/memory.h"
 #include "support/service_log.h"
 
 namespace marbex::device {
@@ -71,7 +72,7 @@ int32_t PrinterDevice::OnPrinterError(const PrinterStatus& status)
 {
     const bool polling = Spooler.ReportsPolling();
     activity_.ErrorBegins();
-    const int32_t answer = AskAboutError(status);
+    const int32_t answer = platform::WaitForMemory(clock_, [&] { return AskAboutError(status); });
     if (activity_.IsLastError()) {
         ErrorLevel = opos::PTR_EL_NONE;
         ErrorString.Set({});

@@ -10,11 +10,13 @@
 
 #include "events/event_handler.h"
 #include "opos/common.h"
+#include "platform/memory.h"
 #include "support/service_log.h"
 
 namespace marbex::events {
 
 using platform::LockHold;
+using platform::WaitForMemory;
 using support::LogWrite;
 
 namespace {
@@ -30,9 +32,11 @@ int32_t CEventHandler::FireErrorEvent(int32_t resultCode, int32_t resultCodeExte
 {
     LogWrite("[CEventHandler] --- FireErrorEvent Begin (%d, %d)", resultCode, resultCodeExtended);
     const bool net = netMode.load();
-    const auto record = std::make_shared<ErrorEventRecord>(resultCode, resultCodeExtended, opos::OPOS_EL_OUTPUT,
-                                                           net ? opos::OPOS_ER_CLEAR : presetAnswer, origin);
-    Await(record);
+    const auto record = WaitForMemory(clock_, [=] {
+        return std::make_shared<ErrorEventRecord>(resultCode, resultCodeExtended, opos::OPOS_EL_OUTPUT,
+                                                  net ? opos::OPOS_ER_CLEAR : presetAnswer, origin);
+    });
+    WaitForMemory(clock_, [&] { Await(record); });
     if (!record->IsResolved()) {
         const bool windowThread = IsWindowThread();
         const bool handDirectly = windowThread && DeliversOnCallingThread();

@@ -1,10 +1,10 @@
 #include "events/event_handler.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "opos/common.h"
+#include "platform/memory.h"
 #include "support/kernel_names.h"
 #include "support/service_log.h"
 
@@ -13,6 +13,7 @@ namespace marbex::events {
 using platform::LockHold;
 using platform::MutexHold;
 using platform::ResetMode;
+using platform::WaitForMemory;
 using support::LogWrite;
 
 CEventHandler::CEventHandler(platform::Clock& clock)
@@ -113,33 +114,35 @@ int32_t CEventHandler::InvokeCallback(int32_t code, EventRecord& record)
 void CEventHandler::FireDirectIOEvent(int32_t eventNumber, const int32_t* pData, const std::u16string* pString)
 {
     LogWrite("[CEventHandler] --- FireDirectIOEvent Begin (%d)", eventNumber);
-    DoQueueEvent(std::make_shared<DirectIOEventRecord>(eventNumber, pData != nullptr ? *pData : 0,
-                                                       pString != nullptr ? *pString : std::u16string()));
+    DoQueueEvent(WaitForMemory(clock_, [=] {
+        return std::make_shared<DirectIOEventRecord>(eventNumber, pData != nullptr ? *pData : 0,
+                                                     pString != nullptr ? *pString : std::u16string());
+    }));
     LogWrite("[CEventHandler] --- FireDirectIOEvent End");
 }
 
 void CEventHandler::FireOutputCompleteEvent(int32_t outputId)
 {
     LogWrite("[CEventHandler] --- FireOutputCompleteEvent Begin (%d)", outputId);
-    DoQueueEvent(std::make_shared<OutputCompleteEventRecord>(outputId));
+    DoQueueEvent(WaitForMemory(clock_, [=] { return std::make_shared<OutputCompleteEventRecord>(outputId); }));
     LogWrite("[CEventHandler] --- FireOutputCompleteEvent End");
 }
 
 void CEventHandler::FireStatusUpdateEvent(int32_t data)
 {
     LogWrite("[CEventHandler] --- FireStatusUpdateEvent Begin (%d)", data);
-    DoQueueEvent(std::make_shared<StatusUpdateEventRecord>(data));
+    DoQueueEvent(WaitForMemory(clock_, [=] { return std::make_shared<StatusUpdateEventRecord>(data); }));
     LogWrite("[CEventHandler] --- FireStatusUpdateEvent End");
 }
 
-void CEventHandler::DoQueueEvent(std::shared_ptr<EventRecord> record)
+void CEventHandler::DoQueueEvent(const std::shared_ptr<EventRecord>& record)
 {
     LogWrite("[CEventHandler] --- DoQueueEvent Begin");
-    {
+    WaitForMemory(clock_, [&] {
         MutexHold hold(*EventQueueAvailable);
-        queue.push_back(std::move(record));
+        queue.push_back(record);
         EventThreadActive->Set();
-    }
+    });
     LogWrite("[CEventHandler] --- DoQueueEvent End");
 }
 
@@ -159,11 +162,10 @@ int32_t CEventHandler::Clear(ErrorEvents errors)
     std::deque<std::shared_ptr<EventRecord>> removed;
     {
         MutexHold hold(*EventQueueAvailable);
-        removed.swap(queue);
         if (errors == ErrorEvents::kKept) {
-            std::copy_if(removed.begin(), removed.end(), std::back_inserter(queue),
-                         [](const auto& record) { return record->message == WM_SO_ERROR_EVENT_MESSAGE; });
-            std::erase_if(removed, [](const auto& record) { return record->message == WM_SO_ERROR_EVENT_MESSAGE; });
+            std::erase_if(queue, [](const auto& record) { return record->message != WM_SO_ERROR_EVENT_MESSAGE; });
+        } else {
+            removed.swap(queue);
         }
         if (queue.empty() && !terminateRequest.load()) EventThreadActive->Reset();
     }

@@ -80,7 +80,7 @@ private:
         platform::ThreadId thread;
     };
 
-    void DoQueueEvent(std::shared_ptr<EventRecord> record);
+    void DoQueueEvent(const std::shared_ptr<EventRecord>& record);
     bool Unqueue(const EventRecord& record);
     void Switch(platform::Event& unfrozen, bool freeze);
     void Await(const std::shared_ptr<ErrorEventRecord>& record);
@@ -88,6 +88,7 @@ private:
     void WaitOnWindowThread(const std::shared_ptr<ErrorEventRecord>& record, bool handDirectly);
     void EventThread();
     std::shared_ptr<EventRecord> TakeHead();
+    bool Post(const std::shared_ptr<EventRecord>& record);
     void DeliverOne(const std::shared_ptr<EventRecord>& record);
     void SuspendWhenEmpty();
     void RemoveAllQueued();

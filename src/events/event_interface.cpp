@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <utility>
 
 #include "events/event_handler.h"
@@ -206,9 +207,18 @@ CEventInterface::Receiver CEventInterface::ReceiverOf()
 
 void CEventInterface::Hand(EventRecord& record, const Receiver& receiver)
 {
-    LogDelivery(record);
-    if (receiver.handler == nullptr) return;
-    CEventHandler& target = *receiver.handler;
+    try {
+        LogDelivery(record);
+        if (receiver.handler != nullptr) HandTo(*receiver.handler, record);
+    } catch (const std::bad_alloc&) {
+        LogWrite("[CEventInterface] ------ WindowProc Not enough memory");
+        // As if the application had left the answer as it is: whoever asks may ask again.
+        if (auto* const error = dynamic_cast<ErrorEventRecord*>(&record)) error->Resolve(error->errorResponse.load());
+    }
+}
+
+void CEventInterface::HandTo(CEventHandler& target, EventRecord& record)
+{
     int32_t code = 0;
     switch (record.message) {
         case WM_SO_DIRECTIO_EVENT_MESSAGE:

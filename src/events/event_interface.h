@@ -67,6 +67,7 @@ private:
     std::shared_ptr<EventRecord> TakePosted(uintptr_t wParam);
     Receiver ReceiverOf() MARBEX_REQUIRES(lock_);
     void Hand(EventRecord& record, const Receiver& receiver);
+    void HandTo(CEventHandler& target, EventRecord& record);
 
     mutable platform::Lock lock_;
     CEventHandler* handler MARBEX_GUARDED_BY(lock_) = nullptr;

@@ -9,6 +9,8 @@
 //   handler.
 // - EventQueueAvailable is held for list operations only.
 
+#include <new>
+
 #include "events/event_handler.h"
 #include "opos/common.h"
 #include "support/service_log.h"
@@ -52,13 +54,23 @@ std::shared_ptr<EventRecord> CEventHandler::TakeHead()
     return record;
 }
 
+// Without memory for it an event is not posted either.
+bool CEventHandler::Post(const std::shared_ptr<EventRecord>& record)
+{
+    try {
+        return window->Post(record);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
 void CEventHandler::DeliverOne(const std::shared_ptr<EventRecord>& record)
 {
     LogWrite("[CEventHandler] --- EventThread SEND Message to Interface");
     platform::Event& complete = *window->EventProcessingComplete;
-    while (!window->Post(record)) {
+    while (!Post(record)) {
         if (terminateRequest.load()) break;
-        // The window's queue is full; the event is not given up.
+        // The window's queue is full, or there is no memory; the event is not given up.
         platform::WaitForOne(complete, kSliceMilliseconds);
     }
     LogWrite("[CEventHandler] --- EventThread WAIT for Interface to Complete Handling");

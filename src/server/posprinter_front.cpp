@@ -162,8 +162,9 @@ int32_t MarbexOposPrnDriver::SelectModelAndOpen(const std::string& deviceClass, 
     TheProcess().SetCurrentDevice(device);
     TheProcess().CurrentModelIndex = ModelIndexOf(ModelName);
 
+    auto characterSets = CharacterSetsOf(Profile);
     const int32_t result = open(*device);
-    device->CharSets = CharacterSetsOf(Profile);
+    device->CharSets = std::move(characterSets);
     if ((Profile.Settings & support::SETTINGS_OPENCDTCUT) != 0) {
         LogWrite("[OpenService] Settings: SETTINGS_OPENCDTCUT Enabled");
     }

@@ -230,6 +230,7 @@ int32_t CPrintSpooler::RunImmediate(const CSpoolJob& job)
 {
     LogWrite("[%s] --- AddJob PrintImmediate WAIT Mutex", traits.tag);
     if (!AcquirePrinter()) return kBusy;
+    const HeldPrinter printerHeld(*this);
     int32_t result = 0;
     if (printer::CPrinterEncoder* encoder = printer.load()) {
         result = opos::OPOS_E_FAILURE;  // unless it is printed
@@ -256,7 +257,6 @@ int32_t CPrintSpooler::RunImmediate(const CSpoolJob& job)
             LogWrite("[%s] --- AddJob PrintImmediate Printer STILL in ERROR! (%d)", traits.tag, result);
         }
     }
-    ReleasePrinter();
     lastActivityTime = clock.Seconds();
     return result;
 }

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "opos/common.h"
+#include "platform/memory.h"
 #include "spooler/print_spooler.h"
 #include "support/service_log.h"
 
@@ -56,18 +57,6 @@ void CPrintSpooler::ReleasePrinter()
     hMutexPrinter->Release();
 }
 
-// The printer, from AcquirePrinter to here.
-class CPrintSpooler::HeldPrinter {
-public:
-    explicit HeldPrinter(CPrintSpooler& spooler) : spooler_(spooler) {}
-    ~HeldPrinter() { spooler_.ReleasePrinter(); }
-    HeldPrinter(const HeldPrinter&) = delete;
-    HeldPrinter& operator=(const HeldPrinter&) = delete;
-
-private:
-    CPrintSpooler& spooler_;
-};
-
 // The records that a thread executes, or waits to execute: a clear marks them. Needs hMutexQueue for moments only.
 class CPrintSpooler::Execution {
 public:
@@ -78,9 +67,12 @@ public:
 
     void Add(CSpoolJob& job)
     {
-        platform::MutexHold hold(*spooler_.hMutexQueue);
-        jobs_.push_back(&job);
-        spooler_.executing_.push_back(&job);
+        platform::WaitForMemory(spooler_.clock, [&] {
+            platform::MutexHold hold(*spooler_.hMutexQueue);
+            jobs_.reserve(jobs_.size() + 1);
+            spooler_.executing_.push_back(&job);
+            jobs_.push_back(&job);
+        });
     }
 
     void End()
@@ -171,7 +163,7 @@ int32_t CPrintSpooler::Attempt(Pass* pass, CSpoolJob& job, bool* retry)
 
         Trouble trouble = Trouble::kNone;
         if (!received) {
-            trouble = Send(job, begin, status, result);
+            trouble = SendInMemory(job, begin, status, result);
             if (pass != nullptr) begin = pass->begin.emplace(pass->begin.value_or(begin));
         }
         if (trouble == Trouble::kNone && confirms && (received || result == 0)) {
@@ -188,6 +180,19 @@ int32_t CPrintSpooler::Attempt(Pass* pass, CSpoolJob& job, bool* retry)
         if (retry != nullptr) *retry = answerRetry && leavesRetry;
         if (!answerRetry || leavesRetry) return result;
         PauseBeforeRetry(job);
+    }
+}
+
+// Without memory for what goes with an attempt it has failed.
+CPrintSpooler::Trouble CPrintSpooler::SendInMemory(const CSpoolJob& job, OutputMark& begin, PrinterStatus& status,
+                                                   int32_t& result)
+{
+    try {
+        return Send(job, begin, status, result);
+    } catch (const std::bad_alloc&) {
+        LogWrite("[%s] --- DoJob Not enough memory", traits.tag);
+        result = opos::OPOS_E_FAILURE;
+        return RunsOnSpoolThread() ? Trouble::kOther : Trouble::kNone;
     }
 }
 

@@ -138,7 +138,17 @@ private:
 
     bool AcquirePrinter();
     void ReleasePrinter() MARBEX_NO_THREAD_SAFETY_ANALYSIS;  // taken through ApplicationThread, unseen by the analysis
-    class HeldPrinter;
+    // The printer, from AcquirePrinter to the end of a scope.
+    class HeldPrinter {
+    public:
+        explicit HeldPrinter(CPrintSpooler& spooler) : spooler_(spooler) {}
+        ~HeldPrinter() { spooler_.ReleasePrinter(); }
+        HeldPrinter(const HeldPrinter&) = delete;
+        HeldPrinter& operator=(const HeldPrinter&) = delete;
+
+    private:
+        CPrintSpooler& spooler_;
+    };
     class Execution;
     // A pass over a transaction: when its first byte went out, and whether what comes is its last job.
     struct Pass {
@@ -149,6 +159,8 @@ private:
     int32_t Attempt(Pass* pass, CSpoolJob& job, bool* retry);
     bool IsToBeConfirmed(const Pass* pass, const CSpoolJob& job) const;
     enum class Trouble : uint8_t;
+    Trouble SendInMemory(const CSpoolJob& job, printer::OutputMark& begin, printer::PrinterStatus& status,
+                         int32_t& result);
     Trouble Send(const CSpoolJob& job, printer::OutputMark& begin, printer::PrinterStatus& status, int32_t& result);
     Trouble Confirm(const printer::OutputMark& begin, printer::PrinterStatus& status, int32_t& result);
     int32_t Execute(const CSpoolJob& job);
@@ -181,6 +193,8 @@ private:
     void RemoveFromInProgress(const CSpoolJob& job);
     void Drain();
     void RunQueued(CSpoolJob& job);
+    void RunQueuedInMemory(CSpoolJob& job);
+    void CheckPrinterInMemory(bool force);
 
     const SpoolerTraits& traits;
     platform::Clock& clock;

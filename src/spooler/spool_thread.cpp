@@ -15,6 +15,9 @@
 // - A pause before a repeated attempt is ended by Clear and by closing; it lasts half a second otherwise.
 // - hMutexQueue is held for a few list operations only and never while anything else is waited for.
 
+#include <new>
+
+#include "platform/memory.h"
 #include "spooler/print_spooler.h"
 #include "support/service_log.h"
 
@@ -37,11 +40,11 @@ void CPrintSpooler::ThreadSpool()
     spoolThreadId_ = platform::CurrentThreadId();
     LogWrite("[%s] --- ThreadSpool Started", traits.tag);
     platform::WaitForOne(*printerAttached_, platform::kForever);
-    DoCheckPrinterStatus(true);
+    CheckPrinterInMemory(true);
     for (;;) {
         LogWrite("[%s] --- ThreadSpool Suspended", traits.tag);
         if (!platform::WaitForOne(*DataInQueue, kWaitMilliseconds).Obtained()) {
-            if (!terminateRequest.load() && GetInactivityTime() > kIdleSecondsBeforeQuery) DoCheckPrinterStatus(false);
+            if (!terminateRequest.load() && GetInactivityTime() > kIdleSecondsBeforeQuery) CheckPrinterInMemory(false);
             continue;
         }
         if (terminateRequest.load()) {
@@ -60,11 +63,32 @@ void CPrintSpooler::ThreadSpool()
 
 void CPrintSpooler::Drain()
 {
-    while (MoveHeadToInProgress()) {
+    while (platform::WaitForMemory(clock, [this] { return MoveHeadToInProgress(); })) {
         while (const std::shared_ptr<CSpoolJob> job = HeadInProgress()) {
-            RunQueued(*job);
+            RunQueuedInMemory(*job);
             RemoveFromInProgress(*job);
         }
+    }
+}
+
+// The thread goes on, with the next job, when there is no memory even to tell of this one.
+void CPrintSpooler::RunQueuedInMemory(CSpoolJob& job)
+{
+    try {
+        RunQueued(job);
+    } catch (const std::bad_alloc&) {
+        LogWrite("[%s] --- ThreadSpool Not enough memory, job dropped", traits.tag);
+        droppedOutput_ = true;
+    }
+}
+
+// What is not asked, or not told, now is the next time.
+void CPrintSpooler::CheckPrinterInMemory(bool force)
+{
+    try {
+        DoCheckPrinterStatus(force);
+    } catch (const std::bad_alloc&) {
+        LogWrite("[%s] --- DoCheckPrinterStatus Not enough memory", traits.tag);
     }
 }
 
@@ -97,8 +121,11 @@ int32_t CPrintSpooler::DoCheckPrinterStatus(bool force)
     LogWrite("[%s] --- DoCheckPrinterStatus Ask Status...", traits.tag);
     PrinterStatus newStatus;
     uint32_t fullStatus = 0;
-    const bool failed = encoder->GetStatus(newStatus, askNearEnd, &fullStatus) != 0;
-    ReleasePrinter();
+    bool failed = false;
+    {
+        const HeldPrinter printerHeld(*this);
+        failed = encoder->GetStatus(newStatus, askNearEnd, &fullStatus) != 0;
+    }
 
     if (failed && (options.load() & kOptionSignalFailedQuery) != 0) {
         lastStatus = newStatus;

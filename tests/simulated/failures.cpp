@@ -101,6 +101,12 @@ void Take(const World& world, const Step& step)
 
 void Work(const World& world, Mishap::Kind kind, uint64_t when)
 {
+    // Output for which there is no memory is not repeated, whatever the application says.
+    world.till.handler = [&world](const TillEvent& event, int32_t*) {
+        const bool noMemory = TheMishap().kind == Mishap::Kind::kAllocation && !TheMishap().what.empty();
+        if (noMemory && event.kind == TillEvent::Kind::kError && event.first == opos::OPOS_E_FAILURE)
+            world.account.ExcuseOne();
+    };
     TheMishap() = {kind, when, 0, {}};
     for (const Step& step : kOpening)
         Take(world, step);

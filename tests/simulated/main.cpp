@@ -109,6 +109,7 @@ int Usage()
                  "       simulation --twice FROM..TO          each seed twice: both runs must be the same\n"
                  "       simulation --calls STEP              each call of the system that can fail does, one a run\n"
                  "       simulation --allocations STEP        likewise each allocation; every STEP-th of them\n"
+                 "       simulation --call N LINK [--verbose] one of these; likewise --allocation\n"
                  "       simulation --deadlock                two threads that wait for each other\n");
     return 64;
 }
@@ -142,7 +143,12 @@ int Main(int argc, char** argv)
                     outcome.good ? "good" : "BAD");
         return outcome.good ? 0 : 1;
     }
-    if (what == "--seeds" && ParseRange(argv[2], from, to)) {
+    if ((what == "--call" || what == "--allocation") && argc > 3) {
+        const auto kind = what == "--call" ? simulated::Mishap::Kind::kCall : simulated::Mishap::Kind::kAllocation;
+        const auto link = static_cast<Link>(std::atoi(argv[3]));
+        const uint64_t when = std::strtoull(argv[2], nullptr, 10);
+        Add(RunApart("it", [=](auto finished) { RunFailure(link, kind, when, argc > 4, finished); }), totals);
+    } else if (what == "--seeds" && ParseRange(argv[2], from, to)) {
         for (uint64_t seed = from; seed <= to; ++seed)
             RunOne(seed, totals);
     } else if (what == "--prints") {

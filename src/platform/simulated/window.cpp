@@ -142,6 +142,7 @@ uint32_t RunWaitingMessages()
 
 void EndCurrentThread()
 {
+    const simulated::Apart apart;
     simulated::Task& self = Processor().Current();
     MessageQueue& queue = QueueOf(self);
     queue.threadEnded = true;
