@@ -19,15 +19,23 @@ std::string Mark(int number, int line)
 
 std::string NameOf(const Job& job)
 {
-    static constexpr const char* kNames[] = {"job ", "cut ", "bar code ", "picture "};
+    static constexpr const char* kNames[] = {"job ", "cut ", "feed ", "bar code ", "picture "};
     std::string name = kNames[static_cast<std::size_t>(job.kind)];
     name += std::to_string(job.number) + (job.async ? " (async" : " (sync");
     if (job.transaction != 0) name += ", transaction " + std::to_string(job.transaction);
     return name + ", id " + std::to_string(job.outputId) + ", result " + std::to_string(job.result) + ")";
 }
 
+// What is behind the last line of a text, and behind a bar code.
+struct Ends {
+    std::string_view text = "\n";
+    std::string_view barCode;
+};
+// What sets the printer back.
+constexpr Ends kWholeEnds{{"\n\x1B!\0\x1Bt\0", 7}, {"\x1B\x61\0", 3}};
+
 // How often each job is there: every line of it, one after the other, and the end behind the last.
-std::map<int, int> CountCopies(std::string_view trace, const std::vector<Job>& jobs, std::string_view end)
+std::map<int, int> CountCopies(std::string_view trace, const std::vector<Job>& jobs, const Ends& ends)
 {
     std::map<int, int> copies;
     std::map<int, int> next;  // line that continues a copy
@@ -40,9 +48,9 @@ std::map<int, int> CountCopies(std::string_view trace, const std::vector<Job>& j
         if (number < 1 || number > static_cast<int>(jobs.size())) continue;
         const Job& job = jobs[static_cast<std::size_t>(number) - 1];
         const bool last = line + 1 == job.lines;
-        if (job.kind == Job::Kind::kText &&
-            (!trace.substr(0, at).ends_with(kLineBegin) || !trace.substr(at + kLength).starts_with(last ? end : "\n")))
-            continue;
+        const std::string_view end = job.kind != Job::Kind::kText ? ends.barCode : last ? ends.text : "\n";
+        if (!trace.substr(at + kLength).starts_with(end)) continue;
+        if (job.kind == Job::Kind::kText && !trace.substr(0, at).ends_with(kLineBegin)) continue;
         int& wanted = next[number];
         if (line == 0) wanted = 0;
         if (line != wanted) continue;
@@ -51,9 +59,6 @@ std::map<int, int> CountCopies(std::string_view trace, const std::vector<Job>& j
     }
     return copies;
 }
-
-// What a converted text ends with: it sets the printer back.
-constexpr std::string_view kEndOfText{"\n\x1B!\0\x1Bt\0", 7};
 
 }  // namespace
 
@@ -157,7 +162,7 @@ void Account::JudgeJob(const Job& job, const Copies& copies, const Traces& trace
 {
     if (job.ended == 0 || !job.printsItself || job.forgotten) return;
     // Which cut, or which picture, the link has taken nobody can tell.
-    const bool out = job.kind == Job::Kind::kCut || job.kind == Job::Kind::kPicture || copies.taken > 0;
+    const bool out = job.lines == 0 || job.kind == Job::Kind::kPicture || copies.taken > 0;
     const auto complain = [&](const char* what) { complaints_.push_back(NameOf(job) + ' ' + what); };
     if (job.result != 0) {
         // Of a transaction a part may well have gone out.
@@ -193,9 +198,9 @@ void Account::JudgeJob(const Job& job, const Copies& copies, const Traces& trace
 
 std::vector<std::string> Account::Judge(const Traces& traces)
 {
-    auto taken = CountCopies(traces.taken, jobs_, "\n");
-    auto arrived = CountCopies(traces.delivered, jobs_, kEndOfText);
-    auto printed = CountCopies(traces.paper, jobs_, "\n");
+    auto taken = CountCopies(traces.taken, jobs_, {});
+    auto arrived = CountCopies(traces.delivered, jobs_, kWholeEnds);
+    auto printed = CountCopies(traces.paper, jobs_, {});
     for (const Job& job : jobs_)
         JudgeJob(job, {taken[job.number], arrived[job.number], printed[job.number]}, traces);
     for (const Completion& completion : completions_) {

@@ -12,7 +12,7 @@ namespace marbex::tests {
 
 // One call that prints something.
 struct Job {
-    enum class Kind : uint8_t { kText, kCut, kBarCode, kPicture };
+    enum class Kind : uint8_t { kText, kCut, kFeed, kBarCode, kPicture };
     int number = 0;
     Kind kind = Kind::kText;
     int lines = 0;  // marked ones that it carries; a cut has none

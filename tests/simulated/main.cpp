@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "failures.h"
+#include "matrix.h"
 #include "run.h"
 
 namespace marbex::tests {
@@ -101,16 +102,19 @@ std::vector<uint64_t> SeedsOf(const char* file)
 
 int Usage()
 {
-    std::fprintf(stderr,
-                 "usage: simulation --seed N [--verbose]      one run, with its story\n"
-                 "       simulation --seeds FROM..TO          many runs\n"
-                 "       simulation --prints N                runs from seed 1 on, until so much is printed\n"
-                 "       simulation --list FILE               the seeds of a file, a line each\n"
-                 "       simulation --twice FROM..TO          each seed twice: both runs must be the same\n"
-                 "       simulation --calls STEP              each call of the system that can fail does, one a run\n"
-                 "       simulation --allocations STEP        likewise each allocation; every STEP-th of them\n"
-                 "       simulation --call N LINK [--verbose] one of these; likewise --allocation\n"
-                 "       simulation --deadlock                two threads that wait for each other\n");
+    std::fprintf(
+        stderr,
+        "usage: simulation --seed N [--verbose]      one run, with its story\n"
+        "       simulation --seeds FROM..TO          many runs\n"
+        "       simulation --prints N                runs from seed 1 on, until so much is printed\n"
+        "       simulation --list FILE               the seeds of a file, a line each\n"
+        "       simulation --twice FROM..TO          each seed twice: both runs must be the same\n"
+        "       simulation --calls STEP              each call of the system that can fail does, one a run\n"
+        "       simulation --allocations STEP        likewise each allocation; every STEP-th of them\n"
+        "       simulation --call N LINK [--verbose] one of these; likewise --allocation\n"
+        "       simulation --matrix STEP             every way to print x fault x answer x end; every STEP-th\n"
+        "       simulation --case N [--verbose]      one of these\n"
+        "       simulation --deadlock                two threads that wait for each other\n");
     return 64;
 }
 
@@ -166,6 +170,14 @@ int Main(int argc, char** argv)
             std::printf("seed %llu: two runs differ\n", static_cast<unsigned long long>(seed));
             ++totals.bad;
         }
+    } else if (what == "--case") {
+        const uint64_t number = std::strtoull(argv[2], nullptr, 10);
+        Add(RunApart("it", [=](auto finished) { RunCase(number, argc > 3, finished); }), totals);
+    } else if (what == "--matrix") {
+        const uint64_t step = std::strtoull(argv[2], nullptr, 10);
+        for (uint64_t number = 0; number < CasesOfMatrix() && step > 0; number += step)
+            Add(RunApart("case " + std::to_string(number), [=](auto finished) { RunCase(number, false, finished); }),
+                totals);
     } else if (what == "--calls" || what == "--allocations") {
         FailEverything(what == "--calls" ? simulated::Mishap::Kind::kCall : simulated::Mishap::Kind::kAllocation,
                        std::strtoull(argv[2], nullptr, 10), totals);

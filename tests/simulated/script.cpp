@@ -29,9 +29,14 @@ Moment SomeWhile(simulated::Random& dice)
 
 }  // namespace
 
-Script::Script(uint64_t seed, Till& till, Story& story, Account& account, simulated::Cable& cable, PrinterEnd& printer,
-               bool connects)
-    : dice_(seed), till_(till), story_(story), account_(account), cable_(cable), printer_(printer), connects_(connects)
+Script::Script(uint64_t seed, const World& world)
+    : dice_(seed),
+      till_(world.till),
+      story_(world.story),
+      account_(world.account),
+      cable_(world.cable),
+      printer_(world.printer),
+      connects_(world.connects)
 {
     static constexpr uint32_t kNests[] = {0, 20, 8, 3};
     static constexpr uint32_t kFiddles[] = {0, 8, 3, 2};
@@ -119,7 +124,6 @@ void Script::Run()
     }
 }
 
-// Open, claimed and enabled, as far as the world lets it.
 void Script::GetReady()
 {
     for (int tries = 0; tries < (settling_ ? 40 : 3); ++tries) {

@@ -7,20 +7,18 @@
 #include "platform/kernel.h"
 #include "platform/simulated/machine/cable.h"
 #include "platform/simulated/machine/random.h"
-#include "printer_end.h"
-#include "till.h"
+#include "run.h"
 
 namespace marbex::tests {
 
 class Script {
 public:
-    // connects: the link is a connection, which can be dropped and refused.
-    Script(uint64_t seed, Till& till, Story& story, Account& account, simulated::Cable& cable, PrinterEnd& printer,
-           bool connects);
+    Script(uint64_t seed, const World& world);
     ~Script();
 
-    void Run();     // receipts, faults, everything at once
-    void Settle();  // all is put right; what can still be printed is
+    void GetReady();  // open, claimed and enabled, as far as the world lets it
+    void Run();       // receipts, faults, everything at once
+    void Settle();    // all is put right; what can still be printed is
 
 private:
     // How the application behaves in this run.
@@ -35,7 +33,6 @@ private:
 
     void PlanFaults();
     void Happen();  // one thing at the printer
-    void GetReady();
     void Receipt();
     void PrintSome();
     void Fiddle();

@@ -53,7 +53,7 @@ void RunSeed(uint64_t seed, bool aloud, void (*finished)(const Outcome&))
     Random dice(seed);
     const Setting setting = SettingOf(seed, dice);
     RunSetting(setting, aloud, finished, [scriptSeed = dice.Next()](const World& world) {
-        Script script(scriptSeed, world.till, world.story, world.account, world.cable, world.printer, world.connects);
+        Script script(scriptSeed, world);
         script.Run();
         script.Settle();
     });

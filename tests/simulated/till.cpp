@@ -340,6 +340,13 @@ int32_t Till::PrintBarCode()
                    });
 }
 
+int32_t Till::FeedToMark()
+{
+    return Printed("MarkFeed", Job::Kind::kFeed, 0, true, true, [](POSPrinterDevice& device, const std::string&) {
+        return device.MarkFeed(opos::PTR_MF_TO_TAKEUP);
+    });
+}
+
 // As many rows high as the number of the job says.
 int32_t Till::PrintPicture()
 {
@@ -386,12 +393,13 @@ int32_t Till::EndTransaction()
 int32_t Till::Clear()
 {
     Watch watch(*this, "ClearOutput");
+    const int transaction = transaction_;
     const auto device = Device();
     const int32_t result = watch.Returned(Answer(device, [](auto& there) { return there.ClearOutput(); }));
     if (result == 0) {
         account_.Excuse();
         account_.EventsDropped();
-        transaction_ = 0;
+        if (transaction_ == transaction) transaction_ = 0;
     }
     return result;
 }

@@ -33,6 +33,7 @@ public:
     int32_t PrintNow();
     int32_t SendRaw();
     int32_t Cut();
+    int32_t FeedToMark();
     int32_t PrintBarCode();
     int32_t PrintPicture();
     int32_t BeginTransaction();
