@@ -72,6 +72,7 @@ int32_t CPrinterEncoder::Open()
 {
     if (port == nullptr || port->IsOpen()) return kEncoderOk;
     rasterWidth = traits.rasterWidth;
+    torn_ = false;
     if (port->Open() != 0) return kEncoderOpenFailed;
     if (traits.secondaryComPort != 0 && port->OpenSecondary(traits.secondaryComPort) != 0) {
         port->Close();
@@ -259,7 +260,9 @@ bool CPrinterEncoder::ConfirmReceipt(const OutputMark& begin, PrinterStatus& sta
 
 int32_t CPrinterEncoder::RecoverFromError()
 {
-    return Link().Write(traits.recovery == Recovery::kCan ? "\x18" : "\x10\x05\x02");
+    const int32_t result = Link().Write(traits.recovery == Recovery::kCan ? "\x18" : "\x10\x05\x02");
+    if (result == kEncoderOk) torn_ = false;
+    return result;
 }
 
 bool CPrinterEncoder::CheckPrinter()

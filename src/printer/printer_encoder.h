@@ -69,9 +69,10 @@ public:
     virtual OutputMark OutputBegin() const;
     virtual bool IsInError() const { return failed.load(); }  // the sticky communication-failure flag
     virtual int32_t RecoverFromError();
-    // The printer is well and may have half a command, or half a line, that nothing will complete: the next job begins
-    // with the recovery, as after any other failure.
-    virtual void NoteTornOutput() { failed = true; }
+    // The printer may have half a command, or half a line, that nothing will complete: the next job begins with the
+    // recovery, as after any other failure, whatever the printer answers until then.
+    virtual void NoteTornOutput() { torn_ = true; }
+    virtual bool NeedsRecovery() const { return IsInError() || torn_; }
     virtual void ClearCutSent() { cutSent = false; }
 
     // Whether the printer at the other end is the model it should be (GS I); used once, while opening.
@@ -91,6 +92,7 @@ protected:
     platform::Clock& clock;
     comm::CPrinterPort* port = nullptr;
     std::atomic<bool> failed{false};
+    bool torn_ = false;
     bool cutSent = false;     // the next text is preceded by the after-cut sequence
     uint32_t rasterWidth;     // dots
     platform::Lock stopLock;  // so that a port that is being attached misses no request

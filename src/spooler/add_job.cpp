@@ -235,7 +235,7 @@ int32_t CPrintSpooler::RunImmediate(const CSpoolJob& job)
     if (printer::CPrinterEncoder* encoder = printer.load()) {
         result = opos::OPOS_E_FAILURE;  // unless it is printed
         printer::PrinterStatus status;
-        if (encoder->IsInError()) {
+        if (encoder->NeedsRecovery()) {
             LogWrite("[%s] --- AddJob PrintImmediate Printer WAS in ERROR, Check Status", traits.tag);
             encoder->RecoverFromError();
             encoder->GetStatus(status, false);
@@ -251,8 +251,9 @@ int32_t CPrintSpooler::RunImmediate(const CSpoolJob& job)
                 result = kCoverOpenResult;
             } else if (status.PaperEnd()) {
                 result = kPaperEmptyResult;
-            } else if (status.NoResponse()) {
-                result = opos::OPOS_E_NOHARDWARE;
+            } else {
+                if (result == printer::kEncoderTextNotSent) encoder->NoteTornOutput();
+                if (status.NoResponse()) result = opos::OPOS_E_NOHARDWARE;
             }
             LogWrite("[%s] --- AddJob PrintImmediate Printer STILL in ERROR! (%d)", traits.tag, result);
         }

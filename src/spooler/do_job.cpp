@@ -201,12 +201,13 @@ CPrintSpooler::Trouble CPrintSpooler::Send(const CSpoolJob& job, OutputMark& beg
                                            int32_t& result)
 {
     printer::CPrinterEncoder& encoder = *printer.load();
-    if (encoder.IsInError()) {
+    if (encoder.NeedsRecovery()) {
         const bool told = encoder.RecoverFromError() == 0;
         result = encoder.GetStatus(status, false);
         // Asking may have found a lost link again, over which the printer has not been told yet.
         if (!told && !encoder.IsInError()) encoder.RecoverFromError();
     }
+    bool torn = false;
     if (!encoder.IsInError()) {
         encoder.BeginOutput();
         result = ExecuteInMemory(job);
@@ -215,11 +216,11 @@ CPrintSpooler::Trouble CPrintSpooler::Send(const CSpoolJob& job, OutputMark& beg
         encoder.GetStatus(status, false);
         // A printer that stopped taking data answers status queries all the same.
         if (status.CoverOpen() || status.PaperEnd()) return Trouble::kPrinter;
+        torn = LinkRefused(result, JobMeaningOf(job.type, traits.numbering));
+        if (torn) encoder.NoteTornOutput();
     }
     if (encoder.IsInError()) return Trouble::kPrinter;
     // The link is well again. A call of the application's own is told by its result; queued output has only the event.
-    const bool torn = LinkRefused(result, JobMeaningOf(job.type, traits.numbering));
-    if (torn) encoder.NoteTornOutput();
     if (!RunsOnSpoolThread()) return Trouble::kNone;
     return torn ? Trouble::kLink : Trouble::kOther;
 }

@@ -12,7 +12,6 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "failures.h"
 #include "matrix.h"
@@ -90,14 +89,24 @@ void FailEverything(simulated::Mishap::Kind kind, uint64_t step, Totals& totals)
     }
 }
 
-std::vector<uint64_t> SeedsOf(const char* file)
+void RunOneCase(uint64_t number, bool aloud, Totals& totals)
 {
-    std::vector<uint64_t> seeds;
+    Add(RunApart("case " + std::to_string(number), [=](auto finished) { RunCase(number, aloud, finished); }), totals);
+}
+
+// A line is a seed, or "case" and the number of one.
+void RunList(const char* file, Totals& totals)
+{
+    constexpr std::string_view kCase = "case ";
     std::ifstream lines(file);
     for (std::string line; std::getline(lines, line);) {
-        if (!line.empty() && line[0] != '#') seeds.push_back(std::strtoull(line.c_str(), nullptr, 10));
+        if (line.empty() || line[0] == '#') continue;
+        if (line.starts_with(kCase)) {
+            RunOneCase(std::strtoull(line.c_str() + kCase.size(), nullptr, 10), false, totals);
+        } else {
+            RunOne(std::strtoull(line.c_str(), nullptr, 10), totals);
+        }
     }
-    return seeds;
 }
 
 int Usage()
@@ -107,7 +116,7 @@ int Usage()
         "usage: simulation --seed N [--verbose]      one run, with its story\n"
         "       simulation --seeds FROM..TO          many runs\n"
         "       simulation --prints N                runs from seed 1 on, until so much is printed\n"
-        "       simulation --list FILE               the seeds of a file, a line each\n"
+        "       simulation --list FILE               the seeds and cases of a file, a line each\n"
         "       simulation --twice FROM..TO          each seed twice: both runs must be the same\n"
         "       simulation --calls STEP              each call of the system that can fail does, one a run\n"
         "       simulation --allocations STEP        likewise each allocation; every STEP-th of them\n"
@@ -160,8 +169,7 @@ int Main(int argc, char** argv)
         for (uint64_t seed = 1; totals.prints < wanted && totals.runs < wanted; ++seed)
             RunOne(seed, totals);
     } else if (what == "--list") {
-        for (const uint64_t seed : SeedsOf(argv[2]))
-            RunOne(seed, totals);
+        RunList(argv[2], totals);
     } else if (what == "--twice" && ParseRange(argv[2], from, to)) {
         for (uint64_t seed = from; seed <= to; ++seed) {
             const Outcome first = RunApart(seed, false);
@@ -171,13 +179,11 @@ int Main(int argc, char** argv)
             ++totals.bad;
         }
     } else if (what == "--case") {
-        const uint64_t number = std::strtoull(argv[2], nullptr, 10);
-        Add(RunApart("it", [=](auto finished) { RunCase(number, argc > 3, finished); }), totals);
+        RunOneCase(std::strtoull(argv[2], nullptr, 10), argc > 3, totals);
     } else if (what == "--matrix") {
         const uint64_t step = std::strtoull(argv[2], nullptr, 10);
         for (uint64_t number = 0; number < CasesOfMatrix() && step > 0; number += step)
-            Add(RunApart("case " + std::to_string(number), [=](auto finished) { RunCase(number, false, finished); }),
-                totals);
+            RunOneCase(number, false, totals);
     } else if (what == "--calls" || what == "--allocations") {
         FailEverything(what == "--calls" ? simulated::Mishap::Kind::kCall : simulated::Mishap::Kind::kAllocation,
                        std::strtoull(argv[2], nullptr, 10), totals);
