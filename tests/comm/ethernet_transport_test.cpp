@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "comm/scripted_socket.h"
-#include "comm/story.h"
+#include "comm/transport_story.h"
 #include "loopback_server.h"
 
 namespace marbex::comm {
@@ -20,7 +20,7 @@ const std::map<std::string, TcpStatus> kStatuses{
     {"ok", TcpStatus::kOk}, {"failed", TcpStatus::kFailed}, {"aborted", TcpStatus::kAborted}};
 
 // A printer on the loopback, and a socket that does as the test says.
-class EthernetStory : public tests::StoryTeller {
+class EthernetStory : public tests::TransportStory {
 protected:
     EthernetStory()
     {
@@ -113,7 +113,7 @@ protected:
         transport.SetPacketEth(1024, 256);
         const uint32_t result = transport.OpenEth();
         peer = server->Accept();
-        log.Forget();
+        Forget();
         return Code(result);
     }
 
@@ -140,7 +140,7 @@ protected:
     tests::SocketScript script;
     std::unique_ptr<LoopbackServer> server = std::make_unique<LoopbackServer>();
     LoopbackPeer peer;
-    CNuComEth transport{log.log, std::make_unique<tests::ScriptedSocket>(script), clock, stop};
+    CNuComEth transport{log, std::make_unique<tests::ScriptedSocket>(script), clock, stop};
 };
 
 const std::string kStories =

@@ -1,7 +1,7 @@
 #include "comm/serial_transport.h"
 
 #include "comm/scripted_serial.h"
-#include "comm/story.h"
+#include "comm/transport_story.h"
 
 namespace marbex::comm {
 namespace {
@@ -39,7 +39,7 @@ std::string Describe(const platform::LineSettings& line)
 }
 
 // A machine with one serial port.
-class SerialStory : public tests::StoryTeller {
+class SerialStory : public tests::TransportStory {
 protected:
     SerialStory()
     {
@@ -62,7 +62,7 @@ protected:
         verbs["opened"] = [this](const Words& w) {
             transport.InitPort("COM1", 9600, 0, 8, 0, w.empty() ? 0 : Number(w[0]));
             const uint32_t result = transport.OpenSerial();
-            log.Forget();
+            Forget();
             return Code(result);
         };
         verbs["close"] = [this](const Words&) { return Code(transport.CloseSerial()); };
@@ -146,7 +146,7 @@ protected:
     }
 
     ScriptedSerial serial;
-    CNuComSerial transport{log.log, serial, clock, stop};
+    CNuComSerial transport{log, serial, clock, stop};
 };
 
 const std::string kStories =

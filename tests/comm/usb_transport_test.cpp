@@ -1,7 +1,7 @@
 #include "comm/usb_transport.h"
 
 #include "comm/scripted_usb.h"
-#include "comm/story.h"
+#include "comm/transport_story.h"
 
 namespace marbex::comm {
 namespace {
@@ -32,7 +32,7 @@ std::function<UsbTransfer(int, std::size_t)> Answers(const std::vector<std::stri
 }
 
 // A printer named Talis, and whatever else a test installs. "P:" is the key of the printers, "E:" that of the devices.
-class UsbStory : public tests::StoryTeller {
+class UsbStory : public tests::TransportStory {
 protected:
     UsbStory()
     {
@@ -48,7 +48,7 @@ protected:
             transport.SetTimeout(3000, 2000);
             transport.SetPacketUsb(1024, 64);
             const uint32_t result = transport.OpenUsb();
-            log.Forget();
+            Forget();
             return Code(result);
         };
         verbs["close"] = [this](const Words&) { return Code(transport.CloseUsb()); };
@@ -139,7 +139,7 @@ protected:
 
     ScriptedUsb usb;
     std::vector<std::string> installed;  // all interfaces that have been present at once
-    CNuComUsb transport{log.log, usb, clock, stop};
+    CNuComUsb transport{log, usb, clock, stop};
 };
 
 const std::string kStories =

@@ -57,6 +57,7 @@ public:
     std::deque<Piece> pieces;                 // what the next reads bring; empty reads after the last
     std::function<void()> onRead;             // time that a read takes
     std::optional<std::size_t> failingWrite;  // counted from 0
+    void FailWrite(std::size_t ahead) { failingWrite = writes_ + ahead; }
 
     // The pieces that the next question of these bytes makes the printer send. A question asked again without an answer
     // of its own left gets silence.

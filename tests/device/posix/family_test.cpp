@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iomanip>
 #include <mutex>
 #include <set>
 
 #include "common/service_log_capture.h"
 #include "common/text_cases.h"
+#include "common/wire_text.h"
 #include "device/model_description.h"
 #include "device/posix/device_bench.h"
 #include "opos/line_display.h"
@@ -86,21 +86,13 @@ protected:
             for (std::size_t at = 0; (at = received.find(question, at)) != std::string::npos;)
                 received.erase(at, question.size());
         }
-        return Shown(received) + '\n';
-    }
-
-    static std::string Shown(std::string_view bytes)
-    {
-        std::ostringstream text;
-        for (const char byte : bytes) {
-            if (byte >= ' ' && byte <= '~') {
-                text << byte;
-            } else {
-                text << '<' << std::hex << std::setw(2) << std::setfill('0') << (byte & 0xFF) << '>';
-            }
-            if (byte == '\n') text << '\n';
+        std::string text;
+        for (std::size_t at = 0; at < received.size();) {
+            const std::size_t end = std::min(received.find('\n', at), received.size() - 1) + 1;
+            text += WireText(std::string_view(received).substr(at, end - at)) + '\n';
+            at = end;
         }
-        return text.str();
+        return text;
     }
 
     static const printer::EncoderTraits& Commands() { return device::FindModel(GetParam())->encoder; }
@@ -113,7 +105,7 @@ protected:
         printer::CPrinterEncoder encoder(Commands(), clock);
         encoder.AttachPort(&port);
         encoder.RecoverFromError();
-        return Shown(trace[0]);
+        return WireText(trace[0]);
     }
 
     // The identifiers that are taken for one of the model.

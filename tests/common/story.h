@@ -1,14 +1,14 @@
 #pragma once
 
-// Tests of a transport as text: what is done to it, what it answers, and what it writes to the communication log. A
-// file of them is C++ source that holds one raw string, and in it
+// Tests as text: what is done to something, what it answers, and what it writes or sends. Each begins with nothing
+// done.
 //
-//     == Name                 begins a test, on a machine of its own
 //     close = 317             does something; behind " = " what it must give
-//     closeWrite off          a switch of the machine
-//     > CNuComUsb::CloseUsb   the last line of the log
-//     * CNuComUsb::CloseUsb   a line of the log
-//     | CNuComUsb::CloseUsb   lines like these, one after another, are the whole log since it was last looked at so
+//     closeWrite off          a switch
+//     > CNuComUsb::CloseUsb   the last line written
+//     * CNuComUsb::CloseUsb   a line written
+//     | CNuComUsb::CloseUsb   lines like these, one after another, are all that was written since it was last looked at
+//     so
 //
 // A blank at the end is written as \s.
 
@@ -19,14 +19,10 @@
 #include <map>
 #include <sstream>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
-#include "comm/comm_log_file.h"
-#include "comm/test_clock.h"
-#include "comm/transport_log.h"
 #include "common/text_cases.h"
-#include "platform/stop_signal.h"
 
 namespace marbex::tests {
 
@@ -56,31 +52,25 @@ class StoryTeller : public testing::TestWithParam<TextCase> {
 protected:
     using Words = std::vector<std::string>;
 
-    StoryTeller()
-    {
-        verbs = {
-            {"forget", [this](const Words&) { return log.Forget(), ""; }},
-            {"mask", [this](const Words& words) { return log.log.SetMode(comm::kLogToFile, Number(words[0])), ""; }},
-            {"wait", [this](const Words& words) { return clock.Sleep(Number(words[0])), ""; }},
-            {"closing", [this](const Words& words) { return stop.Set(words[0] == "on"), ""; }}};
-    }
+    virtual Words Written() const = 0;
+    virtual void Forget() = 0;
 
     static uint32_t Number(const std::string& word) { return static_cast<uint32_t>(std::stoul(word, nullptr, 0)); }
 
     void Tell()
     {
-        std::string block;
+        Words block;
         for (const std::string& line : GetParam().lines) {
             SCOPED_TRACE(line);
             if (line[0] == '|') {
-                block += line.substr(2) + "\n";
+                block.push_back(line.substr(2));
                 continue;
             }
             CheckBlock(block);
             if (line[0] == '>') {
                 EXPECT_EQ(Shown().empty() ? "" : Shown().back(), line.substr(2));
             } else if (line[0] == '*') {
-                EXPECT_TRUE(std::ranges::count(Shown(), line.substr(2)) != 0) << Joined(Shown());
+                EXPECT_NE(std::ranges::count(Shown(), line.substr(2)), 0) << Joined(Shown());
             } else {
                 Do(line);
             }
@@ -88,11 +78,9 @@ protected:
         CheckBlock(block);
     }
 
-    std::map<std::string, std::function<std::string(const Words&)>> verbs;
+    std::map<std::string, std::function<std::string(const Words&)>> verbs{
+        {"forget", [this](const Words&) { return Forget(), ""; }}};
     std::map<std::string, bool*> switches;
-    TransportLog log;
-    TestClock clock;
-    platform::StopSignal stop;
 
 private:
     static std::string Marked(std::string line)
@@ -103,19 +91,16 @@ private:
 
     Words Shown() const
     {
-        Words lines = log.Lines();
+        Words lines = Written();
         std::ranges::transform(lines, lines.begin(), Marked);
         return lines;
     }
 
-    void CheckBlock(std::string& block)
+    void CheckBlock(Words& block)
     {
         if (block.empty()) return;
-        std::string text;
-        for (const std::string& line : Shown())
-            text += line + "\n";
-        EXPECT_EQ(text, std::exchange(block, ""));
-        log.Forget();
+        EXPECT_EQ(Shown(), std::exchange(block, {}));
+        Forget();
     }
 
     void Do(const std::string& line)
