@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "front_fixture.h"
+#include "method_calls.h"
 #include "support/printer_tables.h"
 
 namespace marbex::tests {
@@ -29,110 +30,41 @@ protected:
         EXPECT_EQ(companion.Call(u"SetPropertyNumber", {3, 1}).type, VT_EMPTY);
     }
 
-    struct Row {
-        const char16_t* name;
-        std::vector<Arg> arguments;
-        bool refused = false;  // with 106
-    };
-
-    // Every method of the table in the order of the identifiers that clients may have stored; the log tells which one
-    // an identifier reaches.
-    static void ExpectMethods(const Client& companion, const std::string& tag, std::span<const Row> rows)
+    // The log tells which method an identifier reaches.
+    static void ExpectMethods(const Client& companion, const std::string& tag, const std::string& methods)
     {
-        DISPID id = 0;
-        for (const Row& row : rows) {
-            const std::string name(row.name, row.name + std::char_traits<char16_t>::length(row.name));
-            EXPECT_EQ(companion.IdOf(row.name), ++id) << name;
+        MethodCalls(methods).Make(companion, [&](const MethodCall& call) {
             capturedLog.clear();
-            const Outcome outcome = companion.Invoke(id, row.arguments);
-            EXPECT_EQ(outcome.result, S_OK) << name;
-            EXPECT_EQ(outcome.number == 106, row.refused) << name;
-            EXPECT_TRUE(Log().starts_with("[" + tag + "] " + name + " Begin")) << Log();
-
-            std::vector<Arg> tooMany = row.arguments;
-            tooMany.emplace_back(0);
-            EXPECT_EQ(companion.Invoke(id, tooMany).result, DISP_E_BADPARAMCOUNT) << name;
-        }
-        EXPECT_EQ(companion.Invoke(id + 1, {}).result, DISP_E_MEMBERNOTFOUND);
+            const Outcome outcome = companion.Invoke(call.id, call.arguments);
+            EXPECT_EQ(outcome.result, S_OK);
+            EXPECT_EQ(outcome.number == 106, call.outcome == "refused");
+            EXPECT_TRUE(Log().starts_with("[" + tag + "] " + call.name + " Begin")) << Log();
+        });
     }
 };
+
+const std::string kCashDrawerMethods =
+#include "server/cash_drawer_methods.txt"
+    ;
+const std::string kLineDisplayMethods =
+#include "server/line_display_methods.txt"
+    ;
 
 TEST_F(Companions, CashDrawerMethodsHaveTheirNumbers)
 {
     OpenPrinter("TALIS");
     const Client drawer(Client::Made(kDrawerClass));
-    LONG data = 100;
-    BSTR string = nullptr;
-    const Row rows[] = {
-        {u"OpenService", {u"CashDrawer", u"Till", static_cast<IDispatch*>(nullptr)}},
-        {u"CloseService", {}},
-        {u"ClaimDevice", {1000}},
-        {u"COFreezeEvents", {1}, true},
-        {u"CompareFirmwareVersion", {u"f", 1}, true},
-        {u"UpdateFirmware", {u"f"}, true},
-        {u"DirectIO", {1, &data, &string}},
-        {u"CheckHealth", {1}, true},
-        {u"ReleaseDevice", {}},
-        {u"GetPropertyNumber", {1001}},
-        {u"GetPropertyString", {1000002}},
-        {u"SetPropertyString", {1000002, u"x"}},
-        {u"SetPropertyNumber", {3, 1}},
-        {u"OpenDrawer", {}},
-        {u"WaitForDrawerClose", {1, 2, 3, 4}},
-        {u"ResetStatistics", {u"s"}, true},
-        {u"RetrieveStatistics", {&string}, true},
-        {u"UpdateStatistics", {u"s"}, true},
-        {u"ClearInput", {}, true},
-        {u"ClearOutput", {}, true},
-    };
-    ASSERT_EQ(std::size(rows), 20U);
-    ExpectMethods(drawer, "MarbexOposCashDrawerDriver", rows);
-    SysFreeString(string);
+    ExpectMethods(drawer, "MarbexOposCashDrawerDriver", kCashDrawerMethods);
 }
 
 TEST_F(Companions, LineDisplayMethodsHaveTheirNumbers)
 {
     OpenPrinter("NESTO");
     const Client display(Client::Made(kDisplayClass));
-    LONG data = 100;
-    BSTR string = nullptr;
-    const Row rows[] = {
-        {u"OpenService", {u"LineDisplay", u"Till", static_cast<IDispatch*>(nullptr)}},
-        {u"CloseService", {}},
-        {u"ClaimDevice", {1000}},
-        {u"COFreezeEvents", {1}, true},
-        {u"ReleaseDevice", {}},
-        {u"CheckHealth", {1}, true},
-        {u"DirectIO", {0, &data, &string}},
-        {u"ClearDescriptors", {}, true},
-        {u"SetDescriptor", {1, 2}, true},
-        {u"ClearText", {}},
-        {u"CreateWindow", {1, 2, 3, 4, 5, 6}, true},
-        {u"DestroyWindow", {}, true},
-        {u"RefreshWindow", {0}, true},
-        {u"DisplayText", {u"AB", 0}},
-        {u"DisplayTextAt", {1, 5, u"AB", 0}},
-        {u"ScrollText", {3, 1}, true},
-        {u"CompareFirmwareVersion", {u"f", 1}, true},
-        {u"UpdateFirmware", {u"f"}, true},
-        {u"ResetStatistics", {u"s"}, true},
-        {u"RetrieveStatistics", {&string}, true},
-        {u"UpdateStatistics", {u"s"}, true},
-        {u"DefineGlyph", {65, u"glyph"}, true},
-        {u"ReadCharacterAtCursor", {0}, true},
-        {u"DisplayBitmap", {u"a.bmp", -11, -1, -1}, true},
-        {u"SetBitmap", {1, u"a.bmp", -11, -1, -1}, true},
-        {u"GetPropertyNumber", {5002}},
-        {u"GetPropertyString", {1000002}},
-        {u"SetPropertyString", {1000002, u"x"}},
-        {u"SetPropertyNumber", {3, 1}},
-    };
-    ASSERT_EQ(std::size(rows), 29U);
-    ExpectMethods(display, "MarbexOposLineDisplayDriver", rows);
+    ExpectMethods(display, "MarbexOposLineDisplayDriver", kLineDisplayMethods);
     // The standard's control objects pass both arguments; none will do as well.
     EXPECT_EQ(display.Number(u"SetDescriptor"), 106);
     EXPECT_EQ(display.Call(u"SetDescriptor", {1}).result, DISP_E_BADPARAMCOUNT);
-    SysFreeString(string);
 }
 
 TEST_F(Companions, FollowThePrinterThatIsOpen)

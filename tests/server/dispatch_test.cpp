@@ -7,6 +7,7 @@
 #include "automation_client.h"
 #include "fake_device.h"
 #include "front_fixture.h"
+#include "method_calls.h"
 
 namespace marbex::tests {
 namespace {
@@ -28,80 +29,20 @@ VARIANT Value(VARTYPE type)
     return variant;
 }
 
-// Every method once, in the order of the identifiers that clients may have stored.
+const std::string kMethods =
+#include "server/printer_methods.txt"
+    ;
+
+// By the numbers that clients may have stored.
 TEST_F(Dispatch, EveryMethodHasItsNumberAndReachesItsOperation)
 {
-    LONG data = 5;
-    BSTR string = nullptr;
-    const struct {
-        const char16_t* name;
-        std::vector<Arg> arguments;
-        const char* call;
-    } rows[] = {
-        {u"OpenService", {u"LineDisplay", u"x", static_cast<IDispatch*>(nullptr)}, nullptr},
-        {u"CloseService", {}, "CloseService()"},
-        {u"ClaimDevice", {1000}, "ClaimDevice(1000)"},
-        {u"GetOpenResult", {}, "GetOpenResult()"},
-        {u"COFreezeEvents", {1}, "COFreezeEvents(true)"},
-        {u"ResetStatistics", {u"r"}, "ResetStatistics(r)"},
-        {u"UpdateStatistics", {u"u"}, "UpdateStatistics(u)"},
-        {u"BeginInsertion", {1}, "BeginInsertion(1)"},
-        {u"BeginRemoval", {2}, "BeginRemoval(2)"},
-        {u"ChangePrintSide", {3}, "ChangePrintSide(3)"},
-        {u"CutPaper", {90}, "CutPaper(90)"},
-        {u"EndInsertion", {}, "EndInsertion()"},
-        {u"EndRemoval", {}, "EndRemoval()"},
-        {u"MarkFeed", {1}, "MarkFeed(1)"},
-        {u"PrintBarCode", {2, u"123", 3, 4, 5, -6, 7}, "PrintBarCode(2,123,3,4,5,-6,7)"},
-        {u"PrintBitmap", {2, u"a.bmp", 3, 4}, "PrintBitmap(2,a.bmp,3,4)"},
-        {u"PrintImmediate", {2, u"now"}, "PrintImmediate(2,now)"},
-        {u"PrintNormal", {2, u"text"}, "PrintNormal(2,text)"},
-        {u"PrintTwoNormal", {3, u"one", u"two"}, "PrintTwoNormal(3,one,two)"},
-        {u"RotatePrint", {2, 257}, "RotatePrint(2,257)"},
-        {u"SetBitmap", {1, 2, u"b.bmp", 3, 4}, "SetBitmap(1,2,b.bmp,3,4)"},
-        {u"SetLogo", {1, u"logo"}, "SetLogo(1,logo)"},
-        {u"TransactionPrint", {2, 11}, "TransactionPrint(2,11)"},
-        {u"ValidateData", {2, u"check"}, "ValidateData(2,check)"},
-        {u"GetPropertyNumber", {3}, "GetPropertyNumber(3)"},
-        {u"GetPropertyString", {4}, "GetPropertyString(4)"},
-        {u"SetPropertyString", {5, u"s"}, "SetPropertyString(5,s)"},
-        {u"SetPropertyNumber", {6, -1}, "SetPropertyNumber(6,-1)"},
-        {u"ReleaseDevice", {}, "ReleaseDevice()"},
-        {u"DirectIO", {1, &data, &string}, "DirectIO(1,5,0 units)"},
-        {u"CheckHealth", {1}, "CheckHealth(1)"},
-        {u"ClearOutput", {}, "ClearOutput()"},
-        {u"RetrieveStatistics", {&string}, "RetrieveStatistics()"},
-        {u"Claim", {7}, "Claim(7)"},
-        {u"Close", {}, "Close()"},
-        {u"Release", {}, "Release()"},
-        {u"DirectIO_NET", {1, 2, u"abc"}, "DirectIO(1,2,3 units)"},
-        {u"OpenService_NET", {u"LineDisplay", u"x", u"y"}, nullptr},
-        {u"RetrieveStatistics_NET", {u"all"}, "RetrieveStatistics(all)"},
-        {u"CompareFirmwareVersion", {u"f", 9}, "CompareFirmwareVersion(f,9)"},
-        {u"UpdateFirmware", {u"f"}, "UpdateFirmware(f)"},
-        {u"ClearPrintArea", {}, "ClearPrintArea()"},
-        {u"PageModePrint", {1}, "PageModePrint(1)"},
-        {u"PrintMemoryBitmap", {2, u"bits", 1, 3, 4}, "PrintMemoryBitmap(2,bits,1,3,4)"},
-        {u"DrawRuledLine", {2, u"0,100", 1, 2, 3, 4}, "DrawRuledLine(2,0,100,1,2,3,4)"},
-    };
-    ASSERT_EQ(std::size(rows), 45U);
-    DISPID id = 0;
-    for (const auto& row : rows) {
-        ++id;
-        const std::string name(row.name, row.name + std::char_traits<char16_t>::length(row.name));
-        EXPECT_EQ(client->IdOf(row.name), id) << name;
+    MethodCalls(kMethods).Make(*client, [this](const MethodCall& call) {
         calls.clear();
-        EXPECT_EQ(client->Invoke(id, row.arguments).result, S_OK) << name;
-        EXPECT_EQ(calls, row.call != nullptr ? FakeDevice::Calls{row.call} : FakeDevice::Calls{}) << name;
-
-        std::vector<Arg> tooMany = row.arguments;
-        tooMany.emplace_back(0);
-        EXPECT_EQ(client->Invoke(id, tooMany).result, DISP_E_BADPARAMCOUNT) << name;
-    }
-    EXPECT_EQ(client->Invoke(46, {}).result, DISP_E_MEMBERNOTFOUND);
+        EXPECT_EQ(client->Invoke(call.id, call.arguments).result, S_OK);
+        EXPECT_EQ(calls, call.outcome.empty() ? FakeDevice::Calls{} : FakeDevice::Calls{call.outcome});
+    });
     EXPECT_EQ(client->Invoke(0, {}).result, DISP_E_MEMBERNOTFOUND);
     EXPECT_EQ(client->Invoke(-1, {}).result, DISP_E_MEMBERNOTFOUND);
-    SysFreeString(string);
 }
 
 TEST_F(Dispatch, NamesAreFoundWithoutRegardToCase)
