@@ -7,6 +7,7 @@
 #include <string>
 
 #include "comm/comm_log_file.h"
+#include "comm/expected_log.h"
 #include "comm/read_within.h"
 #include "comm/scripted_socket.h"
 #include "loopback_server.h"
@@ -195,29 +196,7 @@ TEST_F(EthernetPrinterPort, ShortExchangeInTheLog)
     uint8_t byte = 0;
     EXPECT_EQ(port.ReadByte(&byte), 1);
     EXPECT_EQ(port.Close(), 0);
-    const std::string selected = "SetCommunicationPort -  Communication ID will be setted to 1 \n";
-    EXPECT_EQ(tests::ReadLog(LogPath()),
-              " =====================Log file succesfully created=====================\n"
-              "InitEthTCP -  Calling function in ethernet class\n"
-              "SetEthTimeout -  Calling function in ethernet class\n"
-              "CNuComEth::SetTimeoutEth Timeout values for ethernet communication setted to: "
-              "[send timeout, receive timeout] = [10000 , 10000 ]\n"
-              "SetPacketSize -  Calling function in ethernet class\n"
-              "CNuComEth::SetPacketEth -  Packets size setted; WRITE = 1024 bytes, READ = 256 bytes \n"
-              "Open -  Calling function in ethernet class\n"
-              "CNuComEth::OpenEth -  TCP connect successful with 127.0.0.1 \n" +
-                  selected + "AdvSetSerialDTR -  Serial function failed: a different com type has been setted\n" +
-                  selected + "AdvSetSerialRTS -  Serial function failed: a different com type has been setted\n" +
-                  selected + "Clean -  Clean not supported for ethernet com type\n" + selected +
-                  "Clean -  Clean not supported for ethernet com type\n" + selected +
-                  "Write -  Calling function in ethernet class\n"
-                  "CNuComEth::WriteTCP -  Bytes to send: 2, packet byte used:2\n"
-                  "CNuComEth::WriteTCP -  2 bytes to write:\n" +
-                  selected +
-                  "Read -  Calling function in ethernet class\n"
-                  "CNuComEth::ReadTCP -  Receive buffer size: 1, packet size setted:256, packet used for read:1 \n"
-                  "CNuComEth::ReadTCP -  1 bytes read:\n" +
-                  selected + "Close -  Calling function in ethernet class\n");
+    EXPECT_EQ(tests::ReadLog(LogPath()), tests::ExpectedLog("Ethernet"));
 }
 
 TEST_F(EthernetPrinterPort, ProfileChoosesWhatIsLoggedAndWhere)

@@ -231,26 +231,6 @@ TYPED_TEST(Companion, UseNeedsItOpenClaimedAndEnabled)
     EXPECT_EQ(this->calls, FakeDevice::Calls{TypeParam::kUsed});
 }
 
-TYPED_TEST(Companion, UnsupportedMethodsSaySo)
-{
-    this->Ready();
-    int unsupported = 0;
-    for (const auto& row : this->CommonMethods()) {
-        if (row.name == "CloseService") continue;
-        const int32_t result = row.call();
-        const auto lines = this->Logged();
-        if (lines.back() != "T " + row.name + " Not Supported") continue;
-        EXPECT_EQ(result, 106);
-        EXPECT_EQ(lines.size(), 2U) << "no End line";
-        ++unsupported;
-    }
-    EXPECT_EQ(unsupported, 6);
-    EXPECT_EQ(this->statistics, "unchanged");
-
-    EXPECT_EQ(this->driver.COFreezeEvents(true), 106);
-    EXPECT_EQ(this->Logged(), (CompanionTest::Lines{"T COFreezeEvents Begin", "T COFreezeEvents End"}));
-}
-
 TYPED_TEST(Companion, OwnPropertiesComeFirstAndThePrinterAnswersTheRest)
 {
     using Lines = CompanionTest::Lines;

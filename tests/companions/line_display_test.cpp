@@ -1,4 +1,3 @@
-#include <functional>
 
 #include "companion_fixture.h"
 #include "companions/line_display_driver.h"
@@ -64,30 +63,6 @@ TEST_F(LineDisplay, HasNoCommands)
     EXPECT_EQ(display.DirectIO(257, &data, nullptr), 106);
     EXPECT_EQ(Logged(), (Lines{"T DirectIO Begin (257)", "T SetErrorCode Begin (106, 0)", "T SetErrorCode ** ERROR **",
                                "T SetErrorCode End", "T DirectIO End"}));
-    EXPECT_EQ(calls, FakeDevice::Calls{});
-}
-
-TEST_F(LineDisplay, UnsupportedMethodsSaySo)
-{
-    const struct {
-        std::string name;
-        std::function<int32_t()> call;
-    } rows[] = {
-        {"ClearDescriptors", [&] { return display.ClearDescriptors(); }},
-        {"SetDescriptor", [&] { return display.SetDescriptor(); }},
-        {"CreateWindow", [&] { return display.CreateDisplayWindow(0, 0, 1, 20, 1, 20); }},
-        {"DestroyWindow", [&] { return display.DestroyWindow(); }},
-        {"RefreshWindow", [&] { return display.RefreshWindow(0); }},
-        {"ScrollText", [&] { return display.ScrollText(3, 1); }},
-        {"DefineGlyph", [&] { return display.DefineGlyph(65, "glyph"); }},
-        {"ReadCharacterAtCursor", [&] { return display.ReadCharacterAtCursor(0); }},
-        {"DisplayBitmap", [&] { return display.DisplayBitmap("a.bmp", -11, -1, -1); }},
-        {"SetBitmap", [&] { return display.SetBitmap(1, "a.bmp", -11, -1, -1); }},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.call(), 106);
-        EXPECT_EQ(Logged(), (Lines{"T " + row.name + " Begin", "T " + row.name + " Not Supported"}));
-    }
     EXPECT_EQ(calls, FakeDevice::Calls{});
 }
 

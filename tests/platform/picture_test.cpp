@@ -175,25 +175,6 @@ TEST(PictureHostile, FilesThatAreCutOff)
     }
 }
 
-TEST(PictureHostile, DamagedBytes)
-{
-    std::mt19937 random(7);
-    for (const std::string& file : OneFileOfEachKind()) {
-        for (int i = 0; i < 300; ++i) {
-            std::string damaged = file;
-            for (int change = 0; change < 1 + i % 4; ++change) {
-                damaged[random() % damaged.size()] = static_cast<char>(random());
-            }
-            PictureError error = PictureError::kNone;
-            const auto picture = DecodePicture(damaged, error);
-            if (picture) {
-                std::vector<uint32_t> pixels(20 * 20);
-                EXPECT_TRUE(picture->Draw(20, 20, 0, 20, pixels));
-            }
-        }
-    }
-}
-
 // Small files that promise giant pictures.
 TEST(PictureHostile, GiantSizesAreRefusedAtOnce)
 {

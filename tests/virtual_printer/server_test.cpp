@@ -193,18 +193,6 @@ TEST(Server, ComesBackByItselfAfterARefusalAndAfterTheLossOfPower)
     EXPECT_THROW(server.At(1, [] {}), std::out_of_range);
 }
 
-TEST(Server, MuteTakesBytesAndAnswersNothing)
-{
-    TcpPrinterServer server("TALIS");
-    server.SetMute(true);
-    Client client(Client::ConnectTcp(server.Port()));
-    client.Send("\x10\x04\x14taken\n");
-    ASSERT_TRUE(server.WaitFor(Printed(1)));
-    server.SetMute(false);
-    client.Send("\x10\x04\x01");
-    EXPECT_EQ(client.Receive(1), "\x12");  // the first answer is the one after the silence
-}
-
 TEST(Server, AStoppedPrinterStopsReading)
 {
     LinkOptions link;
@@ -261,20 +249,6 @@ TEST(Server, KeepsThePaceOfASlowLine)
     server.Slow(0);
     client.Send(std::string(30000, '\n'));  // half a minute at the former pace
     EXPECT_TRUE(server.WaitFor(Printed(30006)));
-}
-
-TEST(Server, ServesASerialLine)
-{
-    LinkOptions link;
-    link.kind = LinkOptions::Kind::kSerial;
-    PrinterServer server("CORVO", link);
-    Client client(::open(server.SerialPath().c_str(), O_RDWR | O_NOCTTY));
-    ASSERT_TRUE(client.Open());
-    client.Send("\x1DI\xFF");
-    EXPECT_EQ(client.Receive(2), "\x02\x37");
-    client.Send("a\r\n\x1Bi");
-    EXPECT_TRUE(server.WaitFor(Happened<Cut>()));
-    EXPECT_EQ(server.Lines(), std::vector<std::string>{"a"});
 }
 
 // The till's end of an adapter: opens the terminal once its link is there.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "comm/comm_log_file.h"
+#include "comm/expected_log.h"
 #include "comm/printer_port.h"
 #include "comm/read_within.h"
 #include "comm/test_clock.h"
@@ -23,9 +24,6 @@ namespace {
 using tests::LocalPrinter;
 using tests::LoopbackPeer;
 using tests::PseudoTerminal;
-
-constexpr const char* kHeader = " =====================Log file succesfully created=====================\n";
-constexpr const char* kSelected = "SetCommunicationPort -  Communication ID will be setted to 1 \n";
 
 class Cable : public testing::Test {
 protected:
@@ -88,43 +86,7 @@ TEST_F(SerialCable, ShortExchangeInTheLog)
     EXPECT_EQ(port.CleanBoth(), 0);
     port.DiscardInput();
     EXPECT_EQ(port.Close(), 0);
-    const std::string selected = kSelected;
-    EXPECT_EQ(Log(), kHeader +
-                         std::string("InitSerialPort -  Calling function in serial class\n"
-                                     "CNuComSerial::EnumPorts -  Searching for serial ports in registry key: "
-                                     "Hardware\\Devicemap\\Serialcomm\\ \n"
-                                     "CNuComSerial::EnumPorts -  Serial ports found: COM1|COM5 \n"
-                                     "CNuComSerial::InitParameters-  BaudRate setted to 38400 \n"
-                                     "CNuComSerial::InitPort -  Parity setted to Even \n"
-                                     "CNuComSerial::InitPort -  Byte Size setted to 7 \n"
-                                     "CNuComSerial::InitPort -  Stop Byte setted to 1 \n"
-                                     "CNuComSerial::InitPort -  Flux Control setted to Hardware \n"
-                                     "SetSerialTimeout -  Calling function in serial class\n"
-                                     "CNuComSerial::SetTimeout -  Timeout values setted to: [read interval, read "
-                                     "constant, read multiplier, constant, write multiplier] = [10 5000 10 5000 100]\n"
-                                     "SetPacketSize -  Calling function in serial class\n"
-                                     "CNuComSerial::SetPacketSerial -  Packets size setted; WRITE = 1024 bytes, READ = "
-                                     "256 bytes \n"
-                                     "Open -  Calling function in serial class\n"
-                                     "CNuComSerial::OpenSerial -  System version: 8298\n"
-                                     "CNuComSerial::OpenSerial -  Serial link: \\\\.\\LinkToSerial1\n"
-                                     "CNuComSerial::OpenSerial -  Com port succesfully opened\n") +
-                         selected + "AdvSetSerialDTR -  Calling function in serial class\n" + selected +
-                         "AdvSetSerialRTS -  Calling function in serial class\n" + selected +
-                         "Write -  Calling function in serial class\n"
-                         "CNuComSerial::WriteSerial -  Bytes to send: 1, packet byte used:1\n"
-                         "CNuComSerial::WriteSerial -  1 bytes to write:\n"
-                         "CNuComSerial::WriteSerial -  SendBuffer[0x00]=0x41 \n" +
-                         selected +
-                         "Read -  Calling function in serial class\n"
-                         "CNuComSerial::ReadSerial -  Receive buffer size: 1, packet size setted:256, packet used for "
-                         "read:1 \n"
-                         "CNuComSerial::ReadSerial -  1 bytes read:\n"
-                         "CNuComSerial::ReadSerial -  ReceiveBuffer[0x00]=0x16 \n" +
-                         selected + "Clean -  Calling function in serial class\n" + selected +
-                         "Clean -  Calling function in serial class\n" + selected +
-                         "Close -  Calling function in serial class\n"
-                         "CNuComSerial::CloseSerial -  Close handle : success\n");
+    EXPECT_EQ(Log(), tests::ExpectedLog("Serial"));
 }
 
 TEST_F(SerialCable, ProfileSettingsReachTheLine)
@@ -250,36 +212,7 @@ TEST_F(UsbCable, ShortExchangeInTheLog)
     EXPECT_EQ(Read(reply, 6), 1);
     EXPECT_EQ(reply, "\x18");
     EXPECT_EQ(port.Close(), 0);
-    const std::string selected = kSelected;
-    EXPECT_EQ(
-        Log(),
-        kHeader +
-            std::string("InitUsbPrinter -  Calling function in usb class\n"
-                        "CNuComUsb::InitPrinter -  Try to init USB printer with name Receipt Printer \n"
-                        "CNuComUsb::InitPrinter -  Try to init printer Receipt Printer\n"
-                        "CNuComUsb::InitPrinter -  VID=F055 , PID=0101 , ParentPrefixID= 6&1a2b3c&0 for printer "
-                        "Receipt Printer\n"
-                        "SetUsbTimeout -  Calling function in usb class\n"
-                        "CNuComUsb::SetTimeout Timeout values for USB communication setted to: [send timeout, "
-                        "receive timeout] = [5000 , 5000 ]\n"
-                        "SetPacketSize -  Calling function in usb class\n"
-                        "CNuComUsb::SetPacketUsb -  Packets size setted; WRITE = 1024 bytes, READ = 64 bytes \n"
-                        "Open -  Calling function in usb class\n"
-                        "CNuComUsb::OpenUsb -  Open on interface type: 1\n") +
-            selected + "AdvSetSerialDTR -  Serial function failed: a different com type has been setted\n" + selected +
-            "AdvSetSerialRTS -  Serial function failed: a different com type has been setted\n" + selected +
-            "Write -  Calling function in usb class\n"
-            "CNuComUsb::WriteUsb -  Bytes to send: 1, packet byte used:1\n"
-            "CNuComUsb::WriteUsb -  1 bytes to write:\n" +
-            selected +
-            "Read -  Calling function in usb class\n"
-            "CNuComUsb::ReadUsb -  Receive buffer size: 1, packet size setted:64, packet used for read:1 \n" +
-            selected + "Clean -  Calling function in usb class\nCNuComUsb::CleanUsb -  USB write channel cleaned\n" +
-            selected + "Clean -  Calling function in usb class\nCNuComUsb::CleanUsb -  USB read channel cleaned\n" +
-            selected +
-            "Read -  Calling function in usb class\n"
-            "CNuComUsb::ReadUsb -  Receive buffer size: 6, packet size setted:64, packet used for read:6 \n" +
-            selected + "Close -  Calling function in usb class\nCNuComUsb::CloseUsb -  Close handle : success\n");
+    EXPECT_EQ(Log(), tests::ExpectedLog("Usb"));
 }
 
 TEST_F(UsbCable, UnknownOrUnpluggedPrinterDoesNotOpen)
