@@ -28,6 +28,7 @@ TEST(Bstr, CountsItsUnitsInFrontOfTheText)
 
     EXPECT_EQ(SysAllocString(nullptr), nullptr);
     EXPECT_EQ(SysStringLen(nullptr), 0U);
+    EXPECT_EQ(SysStringByteLen(nullptr), 0U);
     EXPECT_TRUE(BstrView(nullptr).empty());
     SysFreeString(nullptr);
     const BstrHolder empty{std::u16string_view()};

@@ -289,8 +289,8 @@ TEST_F(PrintSpoolerTest, TheSecondFamilyNumbersJobsItsOwnWayAndPutsAModeBeforeEv
     orven.SetSyncMode();
     const test::ServiceLogCapture log;
     EXPECT_EQ(orven.PrintNormal("text", &id), 0);
-    orven.SetBold(true);
-    orven.SetUnderlined(true);
+    EXPECT_EQ(orven.SetBold(true), 0);
+    EXPECT_EQ(orven.SetUnderlined(true), 0);
     EXPECT_EQ(orven.PrintImmediate("now"), 0);
     EXPECT_EQ(orven.CutPaper(50, &id), 0);
     auto direct = std::make_unique<printer::DirectIODataStruct>();

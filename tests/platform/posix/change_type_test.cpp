@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
+#include <iomanip>
+#include <map>
+#include <sstream>
 #include <string>
 
+#include "common/text_cases.h"
 #include "platform/automation.h"
 #include "platform/numbered_object.h"
+#include "platform/text.h"
 
 namespace marbex::platform {
 namespace {
@@ -25,27 +29,6 @@ VARIANT Long(int32_t value)
     return variant;
 }
 
-VARIANT Big(int64_t value)
-{
-    VARIANT variant = Typed(VT_I8);
-    variant.llVal = value;
-    return variant;
-}
-
-VARIANT Real(double value)
-{
-    VARIANT variant = Typed(VT_R8);
-    variant.dblVal = value;
-    return variant;
-}
-
-VARIANT Boolean(bool value)
-{
-    VARIANT variant = Typed(VT_BOOL);
-    variant.boolVal = value ? VARIANT_TRUE : VARIANT_FALSE;
-    return variant;
-}
-
 // What a value becomes; text is given up again.
 struct Changed {
     Changed(const VARIANT& source, VARTYPE type, WORD flags = 0)
@@ -59,120 +42,77 @@ struct Changed {
     HRESULT result = E_FAIL;
 };
 
-HRESULT TextTo(std::u16string_view text, VARTYPE type, VARIANT& made)
+const std::map<std::string, VARTYPE> kTypes{{"I1", VT_I1},     {"I2", VT_I2},       {"I4", VT_I4},
+                                            {"I8", VT_I8},     {"INT", VT_INT},     {"UI1", VT_UI1},
+                                            {"UI4", VT_UI4},   {"UI8", VT_UI8},     {"R4", VT_R4},
+                                            {"R8", VT_R8},     {"CY", VT_CY},       {"DATE", VT_DATE},
+                                            {"BOOL", VT_BOOL}, {"BSTR", VT_BSTR},   {"EMPTY", VT_EMPTY},
+                                            {"NULL", VT_NULL}, {"ERROR", VT_ERROR}, {"ARRAY", 0x2000 | VT_I4}};
+
+// The value of a type that a text tells: real numbers as they are written, truth as 0 and 1, currency in 1/10000.
+void Fill(VARIANT& variant, VARTYPE type, const std::string& text)
 {
-    const BstrHolder bstr(text);
-    VARIANT source = Typed(VT_BSTR);
-    source.bstrVal = bstr.Get();
-    VariantInit(&made);
-    return VariantChangeType(&made, &source, 0, type);
-}
-
-TEST(ChangeType, IntegersFitOrOverflow)
-{
-    EXPECT_EQ(Changed(Big(-2147483648LL), VT_I4).AsLong(), std::numeric_limits<int32_t>::min());
-    EXPECT_EQ(Changed(Big(2147483648LL), VT_I4).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Big(2147483648LL), VT_UI4).holder.Value().ulVal, 0x80000000U);
-    EXPECT_EQ(Changed(Long(-1), VT_UI4).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Long(-1), VT_I8).holder.Value().llVal, -1);
-    EXPECT_EQ(Changed(Long(255), VT_UI1).holder.Value().bVal, 255);
-    EXPECT_EQ(Changed(Long(256), VT_UI1).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Long(-32769), VT_I2).result, DISP_E_OVERFLOW);
-
-    VARIANT large = Typed(VT_UI8);
-    large.ullVal = 0xFFFFFFFFFFFFFFFF;
-    EXPECT_EQ(Changed(large, VT_I8).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(large, VT_BSTR).Text(), u"18446744073709551615");
-    VARIANT small = Typed(VT_I1);
-    small.cVal = -7;
-    const Changed widened(small, VT_INT);
-    EXPECT_EQ(widened.AsLong(), -7);
-    EXPECT_EQ(widened.holder.Value().vt, VT_INT);
-}
-
-TEST(ChangeType, RealsRoundHalvesToTheEvenNumber)
-{
-    const struct {
-        double real;
-        int32_t whole;
-    } rows[] = {{0.5, 0}, {1.5, 2}, {2.5, 2}, {-0.5, 0}, {-1.5, -2}, {2.51, 3}, {-2147483648.5, -2147483647 - 1}};
-    for (const auto& row : rows)
-        EXPECT_EQ(Changed(Real(row.real), VT_I4).AsLong(), row.whole) << row.real;
-    EXPECT_EQ(Changed(Real(2147483647.5), VT_I4).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Real(9223372036854775808.0), VT_I8).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Real(std::numeric_limits<double>::quiet_NaN()), VT_I4).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Real(1e300), VT_R4).result, DISP_E_OVERFLOW);
-    EXPECT_EQ(Changed(Long(3), VT_R8).holder.Value().dblVal, 3.0);
-
-    VARIANT date = Typed(VT_DATE);
-    date.dblVal = 2.5;
-    EXPECT_EQ(Changed(date, VT_I4).AsLong(), 2);
-    VARIANT currency = Typed(VT_CY);
-    currency.llVal = 125000;
-    EXPECT_EQ(Changed(currency, VT_BSTR).Text(), u"12.5");
-}
-
-TEST(ChangeType, TextIsReadAsANumberOrRefused)
-{
-    const struct {
-        const char16_t* text;
-        HRESULT result;
-        int32_t number;
-    } rows[] = {
-        {u"42", S_OK, 42},
-        {u"  -7 ", S_OK, -7},
-        {u"+5", S_OK, 5},
-        {u"2.5", S_OK, 2},
-        {u"1e3", S_OK, 1000},
-        {u"True", S_OK, -1},
-        {u"2147483648", DISP_E_OVERFLOW, 0},
-        {u"1e999", DISP_E_OVERFLOW, 0},
-        {u"99999999999999999999999", DISP_E_OVERFLOW, 0},
-        {u"", DISP_E_TYPEMISMATCH, 0},
-        {u"   ", DISP_E_TYPEMISMATCH, 0},
-        {u"12x", DISP_E_TYPEMISMATCH, 0},
-        {u"+-3", DISP_E_TYPEMISMATCH, 0},
-        {u"-", DISP_E_TYPEMISMATCH, 0},
-        {u"inf", DISP_E_TYPEMISMATCH, 0},
-        {u"0x10", DISP_E_TYPEMISMATCH, 0},
-        {u"٣", DISP_E_TYPEMISMATCH, 0},
-    };
-    for (const auto& row : rows) {
-        VARIANT made;
-        EXPECT_EQ(TextTo(row.text, VT_I4, made), row.result) << testing::PrintToString(std::u16string(row.text));
-        EXPECT_EQ(made.lVal, row.number) << testing::PrintToString(std::u16string(row.text));
+    VariantInit(&variant);
+    variant.vt = type;
+    if (type == VT_BSTR) {
+        variant.bstrVal = NewBstr(Utf16FromUtf8(text));
+    } else if (type == VT_R4) {
+        variant.fltVal = std::stof(text);
+    } else if (type == VT_R8 || type == VT_DATE) {
+        variant.dblVal = std::stod(text);
+    } else if (type == VT_BOOL) {
+        variant.boolVal = text == "1" ? VARIANT_TRUE : VARIANT_FALSE;
+    } else if (!text.empty()) {
+        variant.ullVal = text[0] == '-' ? static_cast<uint64_t>(std::stoll(text)) : std::stoull(text);
     }
-    VARIANT made;
-    EXPECT_EQ(TextTo(u"0", VT_BOOL, made), S_OK);
-    EXPECT_EQ(made.boolVal, VARIANT_FALSE);
-    EXPECT_EQ(TextTo(u"3", VT_BOOL, made), S_OK);
-    EXPECT_EQ(made.boolVal, VARIANT_TRUE);
 }
 
-TEST(ChangeType, NumbersAreWrittenAsText)
+std::string Shown(const VARIANT& value)
 {
-    EXPECT_EQ(Changed(Long(-12), VT_BSTR).Text(), u"-12");
-    EXPECT_EQ(Changed(Real(0.1), VT_BSTR).Text(), u"0.1");
-    EXPECT_EQ(Changed(Real(1e20), VT_BSTR).Text(), u"1E+20");
-    VARIANT single = Typed(VT_R4);
-    single.fltVal = 0.1F;
-    EXPECT_EQ(Changed(single, VT_BSTR).Text(), u"0.1");
-    EXPECT_EQ(Changed(Boolean(true), VT_BSTR).Text(), u"-1");
-    EXPECT_EQ(Changed(Boolean(true), VT_BSTR, VARIANT_ALPHABOOL).Text(), u"True");
-    EXPECT_EQ(Changed(Boolean(false), VT_BSTR, VARIANT_ALPHABOOL).Text(), u"False");
-    EXPECT_EQ(Changed(Typed(VT_EMPTY), VT_BSTR).Text(), u"");
+    switch (value.vt) {
+        case VT_BSTR:
+            return "'" + Utf8FromUtf16(BstrView(value.bstrVal)) + "'";
+        case VT_UI1:
+            return std::to_string(value.bVal);
+        case VT_I8:
+            return std::to_string(value.llVal);
+        case VT_UI4:
+            return std::to_string(value.ulVal);
+        case VT_R8:
+            return std::to_string(static_cast<int64_t>(value.dblVal));
+        case VT_BOOL:
+        case VT_I2:
+            return std::to_string(value.iVal);
+        default:
+            return std::to_string(value.lVal);
+    }
 }
 
-TEST(ChangeType, TruthHasAllBitsSet)
+const std::vector<tests::TextCase> kConversions = tests::TextCasesIn(
+#include "platform/posix/change_type.txt"
+);
+
+class Conversions : public testing::TestWithParam<tests::TextCase> {};
+
+TEST_P(Conversions, AreAsTheStandardHasThem)
 {
-    EXPECT_EQ(Changed(Boolean(true), VT_I4).AsLong(), -1);
-    EXPECT_EQ(Changed(Boolean(true), VT_UI1).holder.Value().bVal, 255);
-    EXPECT_EQ(Changed(Boolean(true), VT_UI4).holder.Value().ulVal, 0xFFFFFFFF);
-    EXPECT_EQ(Changed(Boolean(false), VT_UI4).holder.Value().ulVal, 0U);
-    EXPECT_EQ(Changed(Long(2), VT_BOOL).holder.Value().boolVal, VARIANT_TRUE);
-    EXPECT_EQ(Changed(Real(0.25), VT_BOOL).holder.Value().boolVal, VARIANT_TRUE);
-    EXPECT_EQ(Changed(Typed(VT_EMPTY), VT_BOOL).holder.Value().boolVal, VARIANT_FALSE);
+    for (const std::string& line : GetParam().lines) {
+        SCOPED_TRACE(line);
+        std::istringstream words(line);
+        std::string from, value, to, expected;
+        words >> from >> std::quoted(value) >> to >> std::quoted(expected);
+        VariantHolder source;
+        Fill(*source.Get(), kTypes.at(from), value);
+        const bool inWords = to == "WORDS";
+        const Changed changed(source.Value(), inWords ? VARTYPE{VT_BSTR} : kTypes.at(to),
+                              inWords ? VARIANT_ALPHABOOL : WORD{0});
+        const std::map<HRESULT, std::string> failures{{DISP_E_OVERFLOW, "overflow"}, {DISP_E_TYPEMISMATCH, "mismatch"}};
+        EXPECT_EQ(changed.result == S_OK ? Shown(changed.holder.Value()) : failures.at(changed.result), expected);
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(ChangeType, Conversions, testing::ValuesIn(kConversions),
+                         [](const auto& one) { return one.param.name; });
 
 TEST(ChangeType, ReferencesAreFollowed)
 {
@@ -212,9 +152,6 @@ TEST(ChangeType, WorksInPlaceAndLeavesTheDestinationWhenItFails)
 
     EXPECT_EQ(VariantChangeType(value.Get(), value.Get(), 0, VT_DISPATCH), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(value.Value().lVal, 123);
-    EXPECT_EQ(Changed(Typed(VT_NULL), VT_I4).result, DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(Changed(Typed(VT_ERROR), VT_I4).result, DISP_E_TYPEMISMATCH) << "a missing argument is no number";
-    EXPECT_EQ(Changed(Typed(0x2000 | VT_I4), VT_I4).result, DISP_E_TYPEMISMATCH) << "nor is an array";
 }
 
 // Counts its references and knows both interfaces.
