@@ -9,6 +9,8 @@ foreach(section IN ITEMS 1 5 7)
   install(DIRECTORY docs/man/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} FILES_MATCHING PATTERN "*.${section}")
 endforeach()
 
+install(FILES packaging/bash-completion/marbex-opos DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+
 # The library is linked to as any other. Control objects find it by its registration, whose path is to stay the same;
 # the tools look for it beside themselves, in a folder of ours.
 install(TARGETS marbexopos EXPORT MarbexOpos LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})

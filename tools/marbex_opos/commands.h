@@ -26,13 +26,14 @@ struct DeviceOptions {
     std::vector<std::string> toDefault;    // names of fields
     std::string logicalName;
 };
-int ListDevices();
+// onlyNames: one a line and nothing else, for scripts.
+int ListDevices(bool onlyNames);
 int ShowDevice(const std::string& name);
-int ListFields();
+int ListFields(bool onlyNames);
 int AddDevice(const DeviceOptions& options);
 int ChangeDevice(const DeviceOptions& options);
 int RemoveDevice(const std::string& name);
-int ListModels();
+int ListModels(bool onlyNames);
 
 // server: the library; empty takes the one beside this program.
 int RegisterServer(const std::string& server);

@@ -31,7 +31,8 @@ public:
         AddDevices();
         AddPrinterCommands();
         AddRegistration();
-        Command(app_, "models", "The printer models and what they have", tools::ListModels);
+        AddNames(Command(app_, "models", "The printer models and what they have",
+                         [this] { return tools::ListModels(onlyNames_); }));
     }
 
     int Run(const std::vector<std::string>& words)
@@ -105,6 +106,8 @@ private:
         command->parse_complete_callback([this, use] { onlyReads_ = use == Registry::kRead; });
     }
 
+    void AddNames(CLI::App* command) { command->add_flag("--names", onlyNames_, "The names alone, one a line"); }
+
     void AddServerOption(CLI::App* command, std::string& server)
     {
         command->add_option("--server", server, "Server library to load")->type_name("FILE");
@@ -126,8 +129,12 @@ private:
     {
         CLI::App* devices = app_.add_subcommand("devices", "The device profiles");
         devices->require_subcommand(1);
-        AddRegistryOption(Command(*devices, "list", "The configured devices", tools::ListDevices));
-        Command(*devices, "fields", "What a profile can say", tools::ListFields);
+        CLI::App* list =
+            Command(*devices, "list", "The configured devices", [this] { return tools::ListDevices(onlyNames_); });
+        AddRegistryOption(list);
+        AddNames(list);
+        AddNames(
+            Command(*devices, "fields", "What a profile can say", [this] { return tools::ListFields(onlyNames_); }));
         AddDevice(*devices, "show", "A profile, with what is set and what is default",
                   [this] { return tools::ShowDevice(device_.name); });
         AddDevice(*devices, "remove", "Remove a device with its drawer and display",
@@ -232,6 +239,7 @@ private:
     CLI::App app_{"Marbex OPOS: try devices by hand, look after their profiles, register the service objects"};
     std::string registry_;
     bool onlyReads_ = false;
+    bool onlyNames_ = false;
     std::string server_;
     tools::ConsoleOptions console_;
     tools::DeviceOptions device_;

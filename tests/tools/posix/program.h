@@ -19,6 +19,18 @@ struct Finished {
     std::string output;  // standard output and error
 };
 
+// Runs a line of the shell.
+inline Finished Finish(const std::string& command)
+{
+    Finished finished;
+    FILE* pipe = popen(command.c_str(), "r");
+    std::array<char, 4096> buffer;
+    for (std::size_t got = 0; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        finished.output.append(buffer.data(), got);
+    finished.status = WEXITSTATUS(pclose(pipe));
+    return finished;
+}
+
 class ProgramTest : public ::testing::Test {
 protected:
     Finished Run(const std::string& arguments, const std::string& input = "")
@@ -27,14 +39,7 @@ protected:
         std::ofstream(inputFile, std::ios::binary) << input;
         const std::string command = "'" MARBEX_PROGRAM_FILE "' " + arguments + " --registry '" + registry_.File() +
                                     "' 2>&1 <'" + inputFile + "'";
-        Finished finished;
-        FILE* pipe = popen(command.c_str(), "r");
-        std::array<char, 4096> buffer;
-        for (std::size_t got = 0; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {
-            finished.output.append(buffer.data(), got);
-        }
-        finished.status = WEXITSTATUS(pclose(pipe));
-        return finished;
+        return Finish(command);
     }
     void AddTill(uint16_t port)
     {

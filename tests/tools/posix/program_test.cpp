@@ -187,6 +187,42 @@ TEST_F(ProgramTest, ShowsTheLogsOfATill)
               std::string::npos);
 }
 
+// As bash asks: the words of the line, of which the last one is being typed; those it offers, in one line.
+TEST_F(ProgramTest, IsCompletedByBash)
+{
+    AddTill(9100);
+    ASSERT_EQ(Run("devices add 'Front desk' PrinterModel=TALIS").status, 0);
+    setenv("PROGRAM", MARBEX_PROGRAM_FILE, 1);
+    const auto bash = [this](const std::string& script) {
+        std::ofstream(registry_.Folder() + "/script") << script;
+        return Finish("bash '" + registry_.Folder() + "/script' 2>&1").output;
+    };
+    const auto offered = [&bash](const std::string& words) {
+        return bash("source '" MARBEX_SOURCE_FOLDER
+                    "/packaging/bash-completion/marbex-opos'\nCOMP_WORDS=(\"$PROGRAM\" " +
+                    words + ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_marbex_opos\necho -n \" ${COMPREPLY[*]} \"");
+    };
+    // Every command that there is, each with every option.
+    for (const std::string level : {"", "devices "}) {
+        std::istringstream commands(
+            bash("\"$PROGRAM\" " + level + "--help | sed '1,/^Subcommands/d' | grep -o '^  [a-z]*'"));
+        for (std::string command; commands >> command;) {
+            EXPECT_NE(offered(level + "''").find(" " + command + " "), std::string::npos) << command;
+            if (command == "devices") continue;
+            std::istringstream options(
+                bash("\"$PROGRAM\" " + level + command + " --help | grep -o -- '^  -.*' | grep -oE -- '--[a-z-]+'"));
+            for (std::string option; options >> option;)
+                EXPECT_NE(offered(level + command + " --").find(" " + option + " "), std::string::npos)
+                    << command << option;
+        }
+    }
+    EXPECT_EQ(offered("check ''"), " Till1 Front\\ desk ");
+    EXPECT_EQ(offered("check --registry '" + registry_.File() + "' f"), " Front\\ desk ");
+    EXPECT_EQ(offered("devices set Till1 time"), " TimeoutRX= TimeoutTX= ");
+    EXPECT_EQ(offered("devices set Till1 PrinterModel = TAL"), " TALIS TALIS\\ ETHERNET ");
+    EXPECT_EQ(offered("devices set Till1 PortType ="), " serial ethernet usb ");
+}
+
 TEST_F(ProgramTest, SaysOnceWhereTheRegistryIsBroken)
 {
     registry_.WriteRaw("Windows Registry Editor Version 5.00\n\nrubbish\n");

@@ -61,6 +61,7 @@ private:
 std::string Named(const std::vector<platform::SerialPortEntry>& ports)
 {
     std::vector<std::string> names;
+    names.reserve(ports.size());
     for (const platform::SerialPortEntry& entry : ports)
         names.push_back(entry.port + " (" + entry.device + ")");
     return Joined(names);

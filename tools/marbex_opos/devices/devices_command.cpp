@@ -71,7 +71,7 @@ int Report(const DeviceStore& store, const std::string& problem, const std::stri
 
 }  // namespace
 
-int ListDevices()
+int ListDevices(bool onlyNames)
 {
     DeviceStore store = OpenStore();
     const std::string problem = store.RegistryProblem();
@@ -80,11 +80,16 @@ int ListDevices()
     for (const std::string& name : names) {
         const std::optional<DeviceView> view = store.View(name);
         if (!view) continue;
+        if (onlyNames) {
+            Print(name + "\n");
+            continue;
+        }
         std::string also;
         if (!view->logicalNames.empty()) also = "also called " + Joined(view->logicalNames);
         Print(Padded(name, 24) + " " + Padded(view->profile.PrinterModel, 16) + " " +
               Padded(PortText(view->profile), 28) + " " + also + "\n");
     }
+    if (onlyNames) return 0;
     const std::string missing = MissingRegistry();
     // To standard error, so that a script reads devices and nothing else.
     if (names.empty()) PrintError("no devices in " + (missing.empty() ? RegistryPlace() : missing) + "\n");
@@ -106,11 +111,16 @@ int ShowDevice(const std::string& name)
     return 0;
 }
 
-int ListFields()
+int ListFields(bool onlyNames)
 {
     for (const support::ProfileField& field : support::ProfileFields()) {
+        if (onlyNames) {
+            Print(std::string(field.name) + "\n");
+            continue;
+        }
         Print(Padded(field.name, 16) + " " + Padded(field.defaultText, 16) + " " + std::string(field.meaning) + "\n");
     }
+    if (onlyNames) return 0;
     Print("\nCharacter sets for Fonts:\n");
     for (const support::CharSetStruct& set : support::CharacterSets()) {
         const std::string number = std::to_string(set.SetNumber);
@@ -145,8 +155,12 @@ int RemoveDevice(const std::string& name)
     return Report(store, problem, "removed " + name);
 }
 
-int ListModels()
+int ListModels(bool onlyNames)
 {
+    for (const support::PrinterModelStruct& model : support::PrinterModels()) {
+        if (onlyNames) Print(std::string(model.Name) + "\n");
+    }
+    if (onlyNames) return 0;
     const auto row = [](std::string_view model, std::string_view ports, std::string_view drawer,
                         std::string_view display) {
         Print(Padded(model, 16) + " " + Padded(ports, 8) + " " + Padded(drawer, 12) + " " + std::string(display) +
