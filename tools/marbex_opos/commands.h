@@ -41,7 +41,6 @@ int UnregisterServer(const std::string& server);
 
 struct CheckOptions {
     std::string server;
-    std::string registry;  // the file that the command line names, for the commands to type next
     std::string device;    // empty: the only one there is
     bool all = false;
     bool json = false;

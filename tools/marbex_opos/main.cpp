@@ -205,13 +205,12 @@ private:
         print->add_flag("--cut", print_.cut, "Cut the paper afterwards");
     }
 
-    int Check()
+    int Check() const
     {
         if (check_.all && !check_.device.empty()) {
             tools::Complain("check wants a device or --all");
             return kUsageError;
         }
-        check_.registry = registry_;
         return tools::CheckTill(check_);
     }
 

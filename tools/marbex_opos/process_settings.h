@@ -14,6 +14,8 @@ std::vector<std::string> CommandLineWords(int argc, char** argv);
 // Makes the file the registry of this process, the server that it loads included. POSIX only: Windows has one registry,
 // and there this returns false.
 bool UseRegistryFile(const std::string& path);
+// A command to type next, "marbex-opos devices set ...", for the registry file that this command line named.
+std::string ToType(std::string command);
 
 // Where the registry of this process is, for a person: the path of its file, or "the registry" of Windows.
 std::string RegistryPlace();

@@ -156,9 +156,10 @@ TEST_F(ProgramTest, ChecksATill)
     ASSERT_EQ(Run("devices set Till1 PrinterModel=DORIN PortType=ethernet").status, 0);
     const Finished health = Run("health Till1");
     EXPECT_EQ(health.status, 1);
-    EXPECT_NE(health.output.find("107 (OPOS_E_NOHARDWARE)\nmodel: the printer is a TALIS ETHERNET, and PrinterModel is "
-                                 "DORIN\nnext: marbex-opos devices set Till1 \"PrinterModel=TALIS ETHERNET\"\n"),
-              std::string::npos)
+    EXPECT_NE(
+        health.output.find("107 (OPOS_E_NOHARDWARE)\nmodel: the printer is a TALIS ETHERNET, and PrinterModel is "
+                           "DORIN\nnext: marbex-opos devices set Till1 \"PrinterModel=TALIS ETHERNET\" --registry "),
+        std::string::npos)
         << health.output;
     registry_.WriteRaw("Windows Registry Editor Version 5.00\n\nrubbish\n");
     EXPECT_NE(Run("check").output.find("next: mend that line with an editor"), std::string::npos);
@@ -170,8 +171,8 @@ TEST_F(ProgramTest, ShowsTheLogsOfATill)
     AddTill(printer.Port());
     EXPECT_EQ(Run("log").output,
               "Till1 writes no log now; for one with every byte: marbex-opos devices set Till1 "
-              "LogEnabled=3\nmarbex-opos: there is no log in " +
-                  registry_.Folder() + "\n");
+              "LogEnabled=3 --registry " +
+                  registry_.File() + "\nmarbex-opos: there is no log in " + registry_.Folder() + "\n");
     ASSERT_EQ(Run("devices set Till1 LogEnabled=3").status, 0);
     const std::string file = registry_.Folder() + "/receipt.txt";
     std::ofstream(file) << "Hello\n";

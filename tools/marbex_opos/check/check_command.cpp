@@ -2,7 +2,6 @@
 
 #include "marbex_opos/check/check.h"
 #include "marbex_opos/commands.h"
-#include "marbex_opos/devices/profile_check.h"
 #include "marbex_opos/output.h"
 #include "marbex_opos/process_settings.h"
 #include "platform/files.h"
@@ -43,44 +42,34 @@ std::string_view Word(StepState state)
     return "wrong";
 }
 
-// What to type next, for the registry that the command line names.
-std::string Complete(std::string next, const std::string& registry)
-{
-    constexpr std::string_view kOurs = "marbex-opos ";
-    if (registry.empty() || !next.starts_with(kOurs) || next.starts_with("marbex-opos models")) return next;
-    next.insert(std::min(next.find_first_of(",;"), next.size()), " --registry " + ShellWord(registry));
-    return next;
-}
-
-void PrintPart(const Part& part, const std::string& registry)
+void PrintPart(const Part& part)
 {
     Print(part.name + "\n");
     for (const Step& step : part.steps.List()) {
         Print("  " + Padded(Word(step.state), 8) + " " + Padded(step.name, 13) + " " + step.text + "\n");
-        if (!step.next.empty()) Print(std::string(25, ' ') + "next: " + Complete(step.next, registry) + "\n");
+        if (!step.next.empty()) Print(std::string(25, ' ') + "next: " + ToType(step.next) + "\n");
     }
 }
 
 // Keys in the order in which they are written.
-nlohmann::ordered_json ToJson(const Steps& steps, const std::string& registry)
+nlohmann::ordered_json ToJson(const Steps& steps)
 {
     nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (const Step& step : steps.List()) {
         nlohmann::ordered_json one{{"step", step.name}, {"state", Word(step.state)}, {"text", step.text}};
-        if (!step.next.empty()) one["next"] = Complete(step.next, registry);
+        if (!step.next.empty()) one["next"] = ToType(step.next);
         list.push_back(one);
     }
     return list;
 }
 
-void PrintJson(const Findings& findings, const std::string& registry)
+void PrintJson(const Findings& findings)
 {
-    nlohmann::ordered_json json{{"state", Word(findings.Worst())}, {"steps", ToJson(findings.machine.steps, registry)}};
+    nlohmann::ordered_json json{{"state", Word(findings.Worst())}, {"steps", ToJson(findings.machine.steps)}};
     json["devices"] = nlohmann::ordered_json::array();
     for (const Part& device : findings.devices) {
-        json["devices"].push_back({{"device", device.name},
-                                   {"state", Word(device.steps.Worst())},
-                                   {"steps", ToJson(device.steps, registry)}});
+        json["devices"].push_back(
+            {{"device", device.name}, {"state", Word(device.steps.Worst())}, {"steps", ToJson(device.steps)}});
     }
     // Names in another encoding than they should be must not leave a monitor without its answer.
     Print(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
@@ -118,11 +107,11 @@ int CheckTill(const CheckOptions& options)
     platform::CaptureDebugOutput([](std::string_view) {});
     const Findings findings = Check(options);
     if (options.json) {
-        PrintJson(findings, options.registry);
+        PrintJson(findings);
     } else {
-        PrintPart(findings.machine, options.registry);
+        PrintPart(findings.machine);
         for (const Part& device : findings.devices)
-            PrintPart(device, options.registry);
+            PrintPart(device);
     }
     const StepState worst = findings.Worst();
     return worst == StepState::kWrong ? 1 : worst == StepState::kWarning ? 2 : 0;

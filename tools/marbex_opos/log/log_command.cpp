@@ -87,9 +87,10 @@ int ShowLog(const LogOptions& options)
     const std::string set = "marbex-opos devices set " + ShellWord(device->name);
     LogMerge log(folder);
     if (device->profile.LogEnabled == 0) {
-        PrintError(device->name + " writes no log now; for one with every byte: " + set + " LogEnabled=3\n");
+        PrintError(device->name + " writes no log now; for one with every byte: " + ToType(set + " LogEnabled=3") +
+                   "\n");
     } else if (device->profile.LogLevel != 0) {
-        PrintError(device->name + " does not log to files; to change that: " + set + " LogLevel=0\n");
+        PrintError(device->name + " does not log to files; to change that: " + ToType(set + " LogLevel=0") + "\n");
     }
     if (!log.IsThere() && !options.follow) return Complain("there is no log in " + folder);
     const bool inColours = OutputTakesColours();

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +13,12 @@
 
 namespace marbex::tools {
 
+namespace {
+
+std::string namedRegistry;  // on the command line
+
+}  // namespace
+
 std::vector<std::string> CommandLineWords(int argc, char** argv)
 {
     return {argv, argv + argc};
@@ -19,9 +26,21 @@ std::vector<std::string> CommandLineWords(int argc, char** argv)
 
 bool UseRegistryFile(const std::string& path)
 {
+    namedRegistry = path;
     std::error_code error;
     const std::filesystem::path absolute = std::filesystem::absolute(path, error);
     return !error && setenv("MARBEX_OPOS_REGISTRY", absolute.c_str(), 1) == 0;
+}
+
+std::string ToType(std::string command)
+{
+    constexpr std::string_view kOurs = "marbex-opos ";
+    const bool takesRegistry = command.starts_with(kOurs) && !command.starts_with("marbex-opos models");
+    if (namedRegistry.empty() || !takesRegistry) return command;
+    // What follows is no longer the command.
+    const std::size_t end = std::min({command.find(", "), command.find("; "), command.size()});
+    command.insert(end, " --registry " + ShellWord(namedRegistry));
+    return command;
 }
 
 std::string RegistryPlace()

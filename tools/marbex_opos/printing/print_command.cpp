@@ -168,7 +168,7 @@ int TellFirstFault(const std::string& device, const std::string& problem)
     const auto wrong = std::ranges::find(steps.List(), StepState::kWrong, &Step::state);
     if (wrong == steps.List().end()) return 1;
     const bool isTold = problem.find(wrong->text) != std::string::npos;
-    PrintError((isTold ? "" : wrong->name + ": " + wrong->text + "\n") + "next: " + wrong->next + "\n");
+    PrintError((isTold ? "" : wrong->name + ": " + wrong->text + "\n") + "next: " + ToType(wrong->next) + "\n");
     return 1;
 }
 

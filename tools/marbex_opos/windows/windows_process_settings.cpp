@@ -38,6 +38,11 @@ bool UseRegistryFile(const std::string&)
     return false;
 }
 
+std::string ToType(std::string command)
+{
+    return command;
+}
+
 std::string RegistryPlace()
 {
     return "the registry";
