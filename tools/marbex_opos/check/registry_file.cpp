@@ -6,13 +6,11 @@ namespace marbex::tools {
 void CheckRegistry(Steps& steps)
 {
     const std::string missing = MissingRegistry();
-    const std::string problem = missing.empty() ? DeviceStore().RegistryProblem() : std::string();
-    if (!missing.empty()) {
-        steps.Wrong("registry", missing, "marbex-opos devices add Till1 PrinterModel=MODEL");
-    } else if (!problem.empty()) {
-        steps.Wrong("registry", problem, RegistryReadAdvice());
-    } else {
+    const std::string problem = missing.empty() ? DeviceStore().RegistryProblem() : missing;
+    if (problem.empty()) {
         steps.Fine("registry", RegistryPlace());
+    } else {
+        steps.Wrong("registry", problem, RegistryReadAdvice());
     }
 }
 

@@ -63,8 +63,15 @@ std::string_view RegistryAdvice()
 std::string RegistryReadAdvice()
 {
     const std::string path = RegistryPlace();
-    if (access(path.c_str(), R_OK) != 0) return "sudo chmod a+r " + ShellWord(path);
-    return "mend that line with an editor";
+    std::error_code error;
+    if (access(path.c_str(), R_OK) == 0) {
+        return std::filesystem::is_regular_file(path, error) ? "mend that line with an editor"
+                                                             : "name a registry file with --registry";
+    }
+    if (errno == ENOENT) return "marbex-opos devices add Till1 PrinterModel=MODEL";
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    const bool isFile = access(path.c_str(), F_OK) == 0;
+    return isFile ? "sudo chmod a+r " + ShellWord(path) : "sudo chmod a+x " + ShellWord(folder);
 }
 
 bool InputIsTerminal()
