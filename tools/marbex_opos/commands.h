@@ -41,7 +41,7 @@ int UnregisterServer(const std::string& server);
 
 struct CheckOptions {
     std::string server;
-    std::string device;    // empty: the only one there is
+    std::string device;  // empty: the only one there is
     bool all = false;
     bool json = false;
 };
