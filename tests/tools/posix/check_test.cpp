@@ -5,7 +5,6 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 
-#include <any>
 #include <atomic>
 #include <filesystem>
 #include <functional>
@@ -14,6 +13,7 @@
 
 #include "loopback_server.h"
 #include "marbex_opos/check/check.h"
+#include "platform/posix/local_printer.h"
 #include "platform/posix/pseudo_terminal.h"
 #include "tools/posix/program.h"
 #include "tools/till.h"
@@ -55,19 +55,24 @@ private:
     std::thread thread_;
 };
 
+int ConnectTo(uint16_t port, int flags = 0)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(tests::kLoopback);
+    const int caller = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | flags, 0);
+    connect(caller, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    return caller;
+}
+
 // A port whose queue of callers is full: whoever connects waits in vain.
 class BlackHole {
 public:
     BlackHole()
     {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(server_.Port());
-        address.sin_addr.s_addr = htonl(tests::kLoopback);
-        for (int& caller : callers_) {
-            caller = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-            connect(caller, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-        }
+        for (int& caller : callers_)
+            caller = ConnectTo(server_.Port(), SOCK_NONBLOCK);
     }
     ~BlackHole()
     {
@@ -111,17 +116,16 @@ private:
     std::thread thread_;
 };
 
-// Another program that has a device open as the driver has it.
+// Another program that keeps to itself what it has taken.
 class Holder {
 public:
-    explicit Holder(const std::string& path)
+    explicit Holder(const std::function<bool()>& take)
     {
         int ready[2];
         if (pipe(ready) != 0) throw std::runtime_error("no pipe");
         process_ = fork();
         if (process_ == 0) {
-            const int device = open(path.c_str(), O_RDWR | O_NOCTTY);
-            const bool isHeld = flock(device, LOCK_EX) == 0 && write(ready[1], "x", 1) == 1;
+            const bool isHeld = take() && write(ready[1], "x", 1) == 1;
             while (isHeld)
                 pause();
             _exit(1);
@@ -166,14 +170,15 @@ struct Scene {
     std::string profile = "\"Com\"=dword:000000FF\n";  // lines of Till1
     std::string more;                                  // keys
     std::string server = MARBEX_SERVER_FILE;
-    std::vector<std::any> kept;
+    std::vector<std::shared_ptr<void>> kept;
     bool byCommonUser = false;
 
     template <class T, class... Arguments>
     T& Keep(Arguments&&... arguments)
     {
-        kept.emplace_back(std::make_shared<T>(std::forward<Arguments>(arguments)...));
-        return *std::any_cast<std::shared_ptr<T>>(kept.back());
+        const auto made = std::make_shared<T>(std::forward<Arguments>(arguments)...);
+        kept.push_back(made);
+        return *made;
     }
     TcpPrinterServer& Printer(const std::string& model = "TALIS ETHERNET", const std::string& configured = "")
     {
@@ -186,6 +191,13 @@ struct Scene {
     {
         profile = "\"PrinterModel\"=\"TALIS\"\n";
         more += "[HKEY_LOCAL_MACHINE\\HARDWARE\\DEVICEMAP\\SERIALCOMM]\n\"" + path + "\"=\"COM1\"\n";
+    }
+    // A cable on COM1; its path.
+    std::string SerialCable()
+    {
+        const std::string path = Keep<PseudoTerminal>().Path();
+        Serial(path);
+        return path;
     }
     void Logs(const std::string& folder)
     {
@@ -255,6 +267,15 @@ const Fault kFaults[] = {
     {"BlackHole", [](Scene& s) { s.Listens(s.Keep<BlackHole>().Port()); }, "port", kWrong,
      "no answer from 127.0.0.1:", "ping 127.0.0.1"},
     {"Silent", [](Scene& s) { s.Printer().SetMute(true); }, "printer", kWrong, "nothing answers", "Port=9100"},
+    {"ServesAnotherTill",
+     [](Scene& s) {
+         const uint16_t port = s.Keep<tests::LoopbackServer>().Port();
+         s.Keep<Holder>([port] { return ConnectTo(port) >= 0; });
+         s.Listens(port);
+     },
+     "printer", kWrong,
+     "nothing answers: the printer is off, busy with another till, or it is no printer; connected to it: tools_test (",
+     "Port=9100"},
     {"HangsUp", [](Scene& s) { s.Listens(s.Keep<Answering>(std::nullopt).Port()); }, "printer", kWrong,
      "ends the connection at once", "Port=9100"},
     {"Rubbish", [](Scene& s) { s.Listens(s.Keep<Answering>("\xFF\x01rub").Port()); }, "printer", kWrong,
@@ -281,31 +302,41 @@ const Fault kFaults[] = {
      "Com=NUMBER"},
     {"Held",
      [](Scene& s) {
-         s.Serial(s.Keep<PseudoTerminal>().Path());
-         s.Keep<Holder>(std::any_cast<std::shared_ptr<PseudoTerminal>&>(s.kept[0])->Path());
+         const std::string path = s.SerialCable();
+         s.Keep<Holder>([path] { return flock(open(path.c_str(), O_RDWR | O_NOCTTY), LOCK_EX) == 0; });
      },
      "port", kWrong, "is held by tools_test (", "close it"},
     {"NoPermission",
      [](Scene& s) {
-         s.Serial(s.Keep<PseudoTerminal>().Path());
-         chmod(std::any_cast<std::shared_ptr<PseudoTerminal>&>(s.kept[0])->Path().c_str(), 0);
+         chmod(s.SerialCable().c_str(), 0);
          s.byCommonUser = true;
      },
      "port", kWrong, "Permission denied; it is for no group", "sudo tee /etc/udev/rules.d/60-marbex-opos.rules"},
     {"NotInTheGroup",
      [](Scene& s) {
-         s.Serial(s.Keep<PseudoTerminal>().Path());
-         const std::string path = std::any_cast<std::shared_ptr<PseudoTerminal>&>(s.kept[0])->Path();
+         const std::string path = s.SerialCable();
          if (chown(path.c_str(), 0, kDialout) != 0 || chmod(path.c_str(), 0660) != 0) throw std::runtime_error(path);
          s.byCommonUser = true;
      },
      "port", kWrong, "it is for the group dialout, and nobody is not in it", "sudo usermod -aG dialout nobody"},
     {"OtherSpeed", [](Scene& s) { s.Serial(s.Keep<SerialPrinter>(B38400).Path()); }, "printer", kWrong,
      "answers at 38400 baud, and Speed is 9600", "devices set Till1 Speed=38400"},
-    {"NoSpeed", [](Scene& s) { s.Serial(s.Keep<PseudoTerminal>().Path()); }, "printer", kWrong,
-     "nothing answers at any speed", "Com=NUMBER"},
+    {"NoSpeed", [](Scene& s) { s.SerialCable(); }, "printer", kWrong, "nothing answers at any speed", "Com=NUMBER"},
     {"NoUsbPrinter", [](Scene& s) { s.profile = "\"PortType\"=dword:00000002\n\"PrinterName\"=\"Nobody\"\n"; }, "port",
      kWrong, "there is no USB printer \"Nobody\"", "devices set Till1 PrinterName="},
+    {"OtherUsbPrinter",
+     [](Scene& s) {
+         s.profile = "\"PortType\"=dword:00000002\n\"PrinterName\"=\"Nobody\"\n";
+         s.more = tests::UsbPrinterLines("/dev/usb/none");
+     },
+     "port", kWrong, "there is no USB printer \"Nobody\"; there are: Receipt Printer",
+     "\"PrinterName=Receipt Printer\""},
+    {"UsbPrinterGone",
+     [](Scene& s) {
+         s.profile = "\"PortType\"=dword:00000002\n\"PrinterName\"=\"Receipt Printer\"\n";
+         s.more = tests::UsbPrinterLines("/dev/usb/none");
+     },
+     "port", kWrong, "/dev/usb/none: No such file or directory", "switch the printer on, plug its cable in"},
     {"OtherMakersPrinter", [](Scene& s) { s.profile = "@=\"Other.Driver\"\n"; }, "device", kWrong,
      "belongs to another maker's service object, Other.Driver", "devices add OTHER-NAME"},
     {"OtherMakersDrawer",

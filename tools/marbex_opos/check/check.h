@@ -39,6 +39,10 @@ std::unique_ptr<Cable> CheckTcpPort(const DeviceView& device, Steps& steps);
 std::unique_ptr<Cable> CheckSerialPort(const DeviceView& device, Steps& steps);
 std::unique_ptr<Cable> CheckUsbPort(const DeviceView& device, Steps& steps);
 
+// "; connected to it: till (4711)": the other programs of this machine that have a connection to the printer; empty
+// without any, or of a printer that is not on TCP.
+std::string Connected(const DeviceView& device);
+
 // Who is at the other end, and how it is.
 void CheckPrinter(std::unique_ptr<Cable> cable, const DeviceView& device, Steps& steps);
 

@@ -65,12 +65,14 @@ private:
                              " handshake lines",
                          SetCommand(device_, "Handshake=2") + ", for a printer set to Xon/Xoff");
         } else if (cable_ && cable_->IsEnded()) {
-            steps_.Wrong("printer", place + " ends the connection at once: it serves another till, or is no printer",
-                         mayBeOtherPort ? otherPort : "close the other till's program; switch the printer off and on");
+            steps_.Wrong(
+                "printer",
+                place + " ends the connection at once: it serves another till, or is no printer" + Connected(device_),
+                mayBeOtherPort ? otherPort : "close the other till's program; switch the printer off and on");
         } else {
             steps_.Wrong("printer",
                          place + ": nothing answers" + (IsSerial() ? " at any speed" : "") +
-                             ": the printer is off, busy with another till, or it is no printer",
+                             ": the printer is off, busy with another till, or it is no printer" + Connected(device_),
                          mayBeOtherPort ? otherPort : OtherPlace());
         }
     }

@@ -44,12 +44,11 @@ private:
     bool isEnded_ = false;
 };
 
-void TellFailure(uint32_t error, uint32_t address, const DeviceView& device, Steps& steps)
+void TellFailure(uint32_t error, const DeviceView& device, Steps& steps)
 {
     const std::string host = device.profile.IPAddress;
     const std::string place = host + ":" + std::to_string(device.profile.Port);
-    const std::vector<std::string> users = UsersOfAddress(address, static_cast<uint16_t>(device.profile.Port));
-    const std::string held = users.empty() ? "" : "; connected to it: " + Joined(users);
+    const std::string held = Connected(device);
     switch (FaultOf(error)) {
         case PortFault::kRefused:
             steps.Wrong(kStep,
@@ -72,6 +71,14 @@ void TellFailure(uint32_t error, uint32_t address, const DeviceView& device, Ste
 
 }  // namespace
 
+std::string Connected(const DeviceView& device)
+{
+    const std::optional<uint32_t> address = platform::ParseIpv4(device.profile.IPAddress);
+    if (!address || device.profile.PortType != support::kPortEthernet) return {};
+    const std::vector<std::string> users = UsersOfAddress(*address, static_cast<uint16_t>(device.profile.Port));
+    return users.empty() ? std::string() : "; connected to it: " + Joined(users);
+}
+
 std::unique_ptr<Cable> CheckTcpPort(const DeviceView& device, Steps& steps)
 {
     const std::string host = device.profile.IPAddress;
@@ -85,7 +92,7 @@ std::unique_ptr<Cable> CheckTcpPort(const DeviceView& device, Steps& steps)
     }
     std::unique_ptr<platform::TcpSocket> socket = platform::NewTcpSocket();
     if (!socket->Create() || !socket->Connect(*address, static_cast<uint16_t>(device.profile.Port), kConnectTimeout)) {
-        TellFailure(socket->LastError(), *address, device, steps);
+        TellFailure(socket->LastError(), device, steps);
         return nullptr;
     }
     steps.Fine(kStep, host + ":" + std::to_string(device.profile.Port) + " takes the connection");
