@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 
 #include "marbex_opos/log/log_merge.h"
 #include "temp_registry.h"

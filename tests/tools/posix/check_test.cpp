@@ -147,21 +147,25 @@ private:
 
 constexpr gid_t kDialout = 20;  // of Debian
 
-// While it lives the superuser has no more rights than others.
+// While it lives the superuser has no more rights than others; where there are no others, it has.
 class CommonUser {
 public:
     CommonUser() : wasSuperuser_(geteuid() == 0)
     {
         constexpr uid_t kNobody = 65534;
-        if (wasSuperuser_ && seteuid(kNobody) != 0) throw std::runtime_error("no common user");
+        isCommon_ = !wasSuperuser_ || seteuid(kNobody) == 0;
     }
     ~CommonUser()
     {
         if (wasSuperuser_ && seteuid(0) != 0) std::abort();
     }
+    CommonUser(const CommonUser&) = delete;
+    CommonUser& operator=(const CommonUser&) = delete;
+    bool IsCommon() const { return isCommon_; }
 
 private:
     const bool wasSuperuser_;
+    bool isCommon_ = false;
 };
 
 // A till with one fault; what the fault needs lives as long.
@@ -392,6 +396,7 @@ TEST_P(CheckFault, IsNamedWithItsCauseAndTheNextStep)
         GTEST_SKIP() << "only the superuser can give a device to a group";
     Scene scene;
     GetParam().arrange(scene);
+    if (scene.byCommonUser && !CommonUser().IsCommon()) GTEST_SKIP() << "there is nobody but the superuser";
     const std::vector<Step> steps = scene.Check();
     const auto found = std::ranges::find_if(
         steps, [](const Step& one) { return one.name == GetParam().step && one.state == GetParam().state; });
