@@ -159,14 +159,27 @@ private:
     const PrintOptions& options_;
 };
 
-// A bare result code helps nobody: the first step of the check that is wrong, and what to do.
-int TellFirstFault(const std::string& device, const std::string& problem)
+std::optional<Step> FirstWrong(const Steps& steps)
 {
+    const auto wrong = std::ranges::find(steps.List(), StepState::kWrong, &Step::state);
+    return wrong != steps.List().end() ? std::optional(*wrong) : std::nullopt;
+}
+
+// A bare result code helps nobody: the first step of the check that is wrong, and what to do. The port is given up
+// first, for the check to open it.
+int TellFirstFault(const PrinterOptions& options, std::unique_ptr<PrinterSession> printer)
+{
+    const std::string problem = printer->Problem();
+    printer.reset();
     Complain(problem);
     if (!DeviceStore().RegistryProblem().empty()) return 1;
-    const Steps steps = CheckDevice(device);
-    const auto wrong = std::ranges::find(steps.List(), StepState::kWrong, &Step::state);
-    if (wrong == steps.List().end()) return 1;
+    std::optional<Step> wrong = FirstWrong(CheckDevice(options.device));
+    if (!wrong) {
+        Steps server;
+        CheckServer(options.server, server);
+        wrong = FirstWrong(server);
+    }
+    if (!wrong) return 1;
     const bool isTold = problem.find(wrong->text) != std::string::npos;
     PrintError((isTold ? "" : wrong->name + ": " + wrong->text + "\n") + "next: " + ToType(wrong->next) + "\n");
     return 1;
@@ -190,20 +203,20 @@ int PrintFile(const PrintOptions& options)
         picture = platform::DecodePicture(file, error);
         if (!picture) return Complain(options.file + ": a picture that is damaged, or none");
     }
-    PrinterSession printer(options.server, options.device);
-    if (!printer.Problem().empty()) return TellFirstFault(options.device, printer.Problem());
-    return PrintJob(printer, options).Run(file, picture.get());
+    auto printer = std::make_unique<PrinterSession>(options.server, options.device);
+    if (!printer->Problem().empty()) return TellFirstFault(options, std::move(printer));
+    return PrintJob(*printer, options).Run(file, picture.get());
 }
 
 int CheckPrinterHealth(const PrinterOptions& options)
 {
-    PrinterSession printer(options.server, options.device);
-    if (!printer.Problem().empty()) return TellFirstFault(options.device, printer.Problem());
-    Print(printer.Text(opos::PIDX_DeviceDescription) + "\n");
-    Print(printer.Text(opos::PIDX_ServiceObjectDescription) + "\n");
-    const int32_t health = printer.Probe();
-    Print("health       " + printer.LastResult() + "\n");
-    return health == opos::OPOS_SUCCESS ? 0 : Complain(options.device + ": " + printer.WhyNotPrinted());
+    auto printer = std::make_unique<PrinterSession>(options.server, options.device);
+    if (!printer->Problem().empty()) return TellFirstFault(options, std::move(printer));
+    Print(printer->Text(opos::PIDX_DeviceDescription) + "\n");
+    Print(printer->Text(opos::PIDX_ServiceObjectDescription) + "\n");
+    const int32_t health = printer->Probe();
+    Print("health       " + printer->LastResult() + "\n");
+    return health == opos::OPOS_SUCCESS ? 0 : Complain(options.device + ": " + printer->WhyNotPrinted());
 }
 
 }  // namespace marbex::tools
