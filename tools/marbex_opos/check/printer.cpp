@@ -2,6 +2,7 @@
 #include "marbex_opos/check/check.h"
 #include "marbex_opos/check/identity.h"
 #include "marbex_opos/check/questions.h"
+#include "marbex_opos/check/serial_speed.h"
 #include "marbex_opos/check/stranger.h"
 #include "marbex_opos/devices/profile_check.h"
 #include "marbex_opos/nearest.h"
@@ -50,7 +51,7 @@ private:
         if (IsSerial() && wasSent) {
             // Closed, so that it can be opened at another speed.
             cable_.reset();
-            if (const std::optional<uint32_t> speed = FindSpeed(device_)) {
+            if (const std::optional<uint32_t> speed = FindSpeed(device_.profile)) {
                 return steps_.Wrong("printer",
                                     "answers at " + std::to_string(*speed) + " baud, and Speed is " +
                                         std::to_string(device_.profile.Speed),

@@ -24,7 +24,4 @@ Answer Ask(Cable& cable, std::string_view question, std::size_t length, uint32_t
 // got is what came instead, kept as it is.
 std::optional<uint32_t> AskFullStatus(Cable& cable, Answer& got, uint32_t milliseconds);
 
-// The speed, in baud, at which a printer on the serial port of the profile answers, other than the profile's own.
-std::optional<uint32_t> FindSpeed(const struct DeviceView& device);
-
 }  // namespace marbex::tools

@@ -14,7 +14,7 @@ namespace {
 constexpr int kBitsHere = sizeof(void*) * 8;
 constexpr const char* kRegister = "marbex-opos register";
 
-// For programs of how many bits a library is, by the headers that ELF and PE (Microsoft's specification of the format)
+// For programs of how many bits a library is, by the headers that ELF and PE, Linux's and Windows' formats,
 // begin with; 0 when it is neither.
 int BitsOf(const std::string& path)
 {
