@@ -181,6 +181,7 @@ private:
         AddServerOption(check, check_.server);
         check->add_option("DEVICE", check_.device, "Name of the device; without one, the only one there is");
         check->add_flag("--all", check_.all, "Every device");
+        check->footer("Exit status: 0 all is fine, 1 something is wrong, 2 warnings only");
         check->add_flag("--json", check_.json, "As JSON, for a monitor");
 
         CLI::App* log = Command(app_, "log", "The logs of a till as one, by time, the bytes by their commands",
