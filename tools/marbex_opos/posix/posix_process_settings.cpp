@@ -34,11 +34,11 @@ bool UseRegistryFile(const std::string& path)
 
 std::string ToType(std::string command)
 {
-    constexpr std::string_view kOurs = "marbex-opos ";
-    const bool takesRegistry = command.starts_with(kOurs) && !command.starts_with("marbex-opos models");
-    if (namedRegistry.empty() || !takesRegistry) return command;
+    const std::size_t begin = command.find("marbex-opos ");
+    if (namedRegistry.empty() || begin == std::string::npos || command.find(" models", begin) != std::string::npos)
+        return command;
     // What follows is no longer the command.
-    const std::size_t end = std::min({command.find(", "), command.find("; "), command.size()});
+    const std::size_t end = std::min({command.find(", ", begin), command.find("; ", begin), command.size()});
     command.insert(end, " --registry " + ShellWord(namedRegistry));
     return command;
 }
