@@ -85,8 +85,11 @@ protected:
             return Code(code) + " " + Code(count);
         };
         verbs["moveNothing"] = [this](const Words&) {
-            uint32_t count = 0;
-            return Code(transport.WriteSerial(nullptr, 5)) + " " + Code(transport.ReadSerial(nullptr, 4, &count));
+            uint32_t count = 9;
+            uint8_t byte = 0;
+            return tests::Joined(std::vector{transport.WriteSerial(nullptr, 5), transport.WriteSerial(&byte, 0),
+                                             transport.ReadSerial(nullptr, 5, &count),
+                                             transport.ReadSerial(&byte, 0, &count), count});
         };
         verbs["clean"] = [this](const Words& w) {
             return Code(transport.CleanSerial(w[0] == "out", w.back() == "in"));

@@ -63,6 +63,13 @@ protected:
             const uint32_t code = transport.ReadUsb(room.data(), Number(w[0]), &count);
             return Code(code) + " " + Code(count);
         };
+        verbs["moveNothing"] = [this](const Words&) {
+            uint32_t count = 9;
+            uint8_t byte = 0;
+            return tests::Joined(std::vector{transport.WriteUsb(nullptr, 5), transport.WriteUsb(&byte, 0),
+                                             transport.ReadUsb(nullptr, 5, &count), transport.ReadUsb(&byte, 0, &count),
+                                             count});
+        };
         verbs["readWithin"] = [this](const Words& w) {
             uint32_t count = 99;
             std::vector<uint8_t> room(16);

@@ -225,8 +225,7 @@ written = 2500
 purges =
 | CNuComSerial::WriteSerial -  Bytes to send: 2500, packet byte used:1024
 | CNuComSerial::WriteSerial -  2500 bytes to write:
-moveNothing = 0 0
-write 0 = 0
+moveNothing = 0 0 0 0 0
 writes =
 
 == FailedAndShortWritesArePurged
@@ -261,6 +260,50 @@ write 7 = 112
 write 7 = 112
 writes = 7 7
 
+== LogsStartAndEndOfEveryOperation
+mask 2
+init COM1 9600 0 8 0 0
+timeouts 1 2 3 4 5
+packets 1024 64
+open
+reads moves 1
+write 1
+read 1
+clean out in
+dtr on
+rts on
+close
+| CNuComSerial::InitPort -  START
+| CNuComSerial::CheckCom -  START
+| CNuComSerial::EnumPorts -  START
+| CNuComSerial::EnumPorts -  END
+| CNuComSerial::CheckCom -  END
+| CNuComSerial::InitPort -  END
+| CNuComSerial::SetTimeout -  START
+| CNuComSerial::SetTimeout -  END
+| CNuComSerial::SetPacketSerial -  START
+| CNuComSerial::SetPacketSerial -  END
+| CNuComSerial::OpenSerial -  START
+| CNuComSerial::GetSystemVersion -  START
+| CNuComSerial::GetSystemVersion -  END
+| CNuComSerial::CreateComPortLink -  START
+| CNuComSerial::GetTheLinkPathName -  START
+| CNuComSerial::GetTheLinkPathName -  END
+| CNuComSerial::CreateComPortLink -  END
+| CNuComSerial::OpenSerial -  END
+| CNuComSerial::WriteSerial -  START
+| CNuComSerial::WriteSerial -  END
+| CNuComSerial::ReadSerial -  START
+| CNuComSerial::ReadSerial -  END
+| CNuComSerial::CleanSerial -  START
+| CNuComSerial::CleanSerial -  END
+| CNuComSerial::SetDTR -  START
+| CNuComSerial::SetDTR -  END
+| CNuComSerial::SetRTS -  START
+| CNuComSerial::SetRTS -  END
+| CNuComSerial::CloseSerial -  START
+| CNuComSerial::CloseSerial -  END
+
 == ReadsOnceAndTellsSilenceFromFailure
 read 16 = 103 0
 opened = 0
@@ -276,7 +319,6 @@ read 16 = 114 0
 reads fails 0
 read 16 = 113 0
 > CNuComSerial::ReadSerial -  Read failed: error system occurred during Read()
-moveNothing = 0 0
 
 == CleansWhatIsAskedFor
 clean out in = 103

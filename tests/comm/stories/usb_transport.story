@@ -111,7 +111,9 @@ timeouts 0x80000000 7 = 0
 write 1 = 309
 > CNuComUsb::WriteUsb -  Usb device not opened: imposible to perform operation
 opened = 0
-write 0 = 0
+moveNothing = 0 0 0 0 0
+writes =
+reads =
 mask 12
 forget
 write 2100 = 0
@@ -199,6 +201,34 @@ read 16 = 0 2
 | CNuComUsb::ReadUsb -  START
 | CNuComUsb::ReadUsb -  2 bytes read:
 | CNuComUsb::ReadUsb -  END
+
+== LogsStartAndEndOfEveryOperation
+mask 2
+init Talis
+timeouts 3000 2000
+packets 1024 64
+open
+write 1
+clean out in
+close
+| CNuComUsb::InitPrinter -  START
+| CNuComUsb::ExtractParentPrefixID -  START
+| CNuComUsb::ExtractParentPrefixID -  END
+| CNuComUsb::InitPrinter -  END
+| CNuComUsb::SetTimeout -  START
+| CNuComUsb::SetTimeout -  END
+| CNuComUsb::SetPacketUsb -  START
+| CNuComUsb::SetPacketUsb -  END
+| CNuComUsb::OpenUsb -  START
+| CNuComUsb::FindSymbolicLinkFromName -  START
+| CNuComUsb::FindSymbolicLinkFromName -  END
+| CNuComUsb::OpenUsb -  END
+| CNuComUsb::WriteUsb -  START
+| CNuComUsb::WriteUsb -  END
+| CNuComUsb::CleanUsb -  START
+| CNuComUsb::CleanUsb -  END
+| CNuComUsb::CloseUsb -  START
+| CNuComUsb::CloseUsb -  END
 
 == ReadWithALimitGoesOnThroughEmptyTransfers
 # Some printers answer every asking, with nothing, until they have something to say.
