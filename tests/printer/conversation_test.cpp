@@ -122,11 +122,15 @@ protected:
         verbs["cut"] = [this](const Words& w) { return Code(encoder->CutPaper(static_cast<int32_t>(Number(w[0])))); };
         verbs["noCut"] = [this](const Words&) { return encoder->ClearCutSent(), ""; };
         verbs["barcode"] = [this](const Words& w) { return Code(encoder->PrintBarcode(Barcode(w))); };
+        // Width, height, gray; rotation (1, 257, 258, 259), alignment (-1 left, -2 centre, -3 right, dots).
         verbs["picture"] = [this](const Words& w) {
-            const uint32_t dots = Number(w[0]);
-            const int32_t alignment = w.size() > 1 ? opos::PTR_BM_RIGHT : opos::PTR_BM_LEFT;
-            return Code(encoder->PrintBitmap(
-                {dots, dots / 8, alignment, opos::PTR_RP_NORMAL, std::make_unique<uint8_t[]>(dots)}));
+            const uint32_t width = Number(w[0]), height = Number(w[1]);
+            const std::size_t dots = std::size_t{width} * height;
+            BitmapDataStruct bitmap{width, height, w.size() > 4 ? std::stoi(w[4]) : opos::PTR_BM_LEFT,
+                                    w.size() > 3 ? std::stoi(w[3]) : opos::PTR_RP_NORMAL,
+                                    std::make_unique<uint8_t[]>(dots)};
+            std::fill_n(bitmap.pixels.get(), dots, static_cast<uint8_t>(Number(w[2])));
+            return Code(encoder->PrintBitmap(bitmap));
         };
         verbs["direct"] = [this](const Words& w) { return Code(encoder->SendDirect(Direct(w))); };
         verbs["directSecond"] = [this](const Words& w) { return Code(encoder->SendDirectSecondary(Direct(w))); };

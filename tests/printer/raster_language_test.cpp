@@ -118,22 +118,6 @@ protected:
     ScriptedPort port{trace};
 };
 
-TEST_F(RasterTest, KnownStreams)
-{
-    EXPECT_EQ(Print(Bitmap(16, 1, 0xFF)), 0);
-    EXPECT_EQ(trace, (Trace{"write \x1B&l1P", "write \x1B*p0X", "write \x1B*b2M\x1B*b0W\x1B*b0M\x1B*rB"}));
-    Print(Bitmap(608, 1, 0));
-    EXPECT_EQ(trace[2], "write \x1B*b2M\x1B*b3W\xFF\xFFL\x1B*b0M\x1B*rB");
-    Print(Bitmap(5, 1, 126));
-    EXPECT_EQ(trace[2], "write \x1B*b2M\x1B*b1W\xF8\x1B*b0M\x1B*rB");
-    Print(Bitmap(5, 1, 127));
-    EXPECT_EQ(trace[2], "write \x1B*b2M\x1B*b0W\x1B*b0M\x1B*rB");
-    Print(Bitmap(16, 1, 0));  // the shortest run
-    EXPECT_EQ(trace[2], "write \x1B*b2M\x1B*b3W\xFF\xFF\x02\x1B*b0M\x1B*rB");
-    Print(Bitmap(5, 1, 0, 7));  // no rotation at all
-    EXPECT_EQ(Sent(), "\x1B&l0P\x1B*p0X\x1B*b2M\x1B*b0M\x1B*rB");
-}
-
 TEST_F(RasterTest, RunsOfMoreThan255BytesAreSplit)
 {
     for (const uint32_t bytes : {255u, 256u, 257u, 510u, 600u}) {
@@ -141,34 +125,6 @@ TEST_F(RasterTest, RunsOfMoreThan255BytesAreSplit)
         const Paper paper(Sent());
         ASSERT_EQ(paper.rows.size(), 1u);
         EXPECT_EQ(paper.rows[0], std::string(bytes, '\xFF'));
-    }
-}
-
-TEST_F(RasterTest, Placement)
-{
-    const struct {
-        uint32_t width, rasterWidth;
-        int32_t alignment, rotation;
-        const char* command;
-    } rows[] = {
-        {200, 608, opos::PTR_BM_RIGHT, opos::PTR_RP_NORMAL, "write \x1B*p408X"},
-        {200, 608, opos::PTR_BM_CENTER, opos::PTR_RP_NORMAL, "write \x1B*p204X"},
-        {201, 608, opos::PTR_BM_CENTER, opos::PTR_RP_NORMAL, "write \x1B*p203X"},
-        {200, 608, opos::PTR_BM_LEFT, opos::PTR_RP_NORMAL, "write \x1B*p0X"},
-        {200, 608, 77, opos::PTR_RP_NORMAL, "write \x1B*p77X"},
-        {200, 608, -5, opos::PTR_RP_NORMAL, "write \x1B*p-5X"},
-        {608, 608, opos::PTR_BM_RIGHT, opos::PTR_RP_NORMAL, "write \x1B*p0X"},
-        {700, 608, opos::PTR_BM_RIGHT, opos::PTR_RP_NORMAL, "write \x1B*p0X"},
-        {700, 608, opos::PTR_BM_CENTER, opos::PTR_RP_NORMAL, "write \x1B*p0X"},
-        {100, 1248, opos::PTR_BM_CENTER, opos::PTR_RP_NORMAL, "write \x1B*p574X"},
-        {100, 384, opos::PTR_BM_CENTER, opos::PTR_RP_NORMAL, "write \x1B*p142X"},
-        {700, 608, opos::PTR_BM_RIGHT, opos::PTR_RP_RIGHT90, "write \x1B*p605X"},  // it is 3 dots wide on paper
-    };
-    for (const auto& row : rows) {
-        BitmapDataStruct bitmap = Bitmap(row.width, 3, 0xFF, row.rotation);
-        bitmap.alignment = row.alignment;
-        Print(bitmap, row.rasterWidth);
-        EXPECT_EQ(trace[1], row.command);
     }
 }
 

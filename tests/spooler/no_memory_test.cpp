@@ -10,10 +10,10 @@
 #include <new>
 
 #include "common/jumping_clock.h"
+#include "common/service_log_capture.h"
 #include "opos/common.h"
 #include "opos/printer.h"
 #include "spooler/print_spooler.h"
-#include "spooler/request_log.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ using namespace opos;
 
 TEST(NoMemory, TheLogTellsWhichRequestFailed)
 {
-    const test::RequestLog log;
+    const test::ServiceLogCapture log;
     test::JumpingClock clock;
     ApplicationThread plain;
     const SpoolerTraits traits{};
@@ -48,14 +48,13 @@ TEST(NoMemory, TheLogTellsWhichRequestFailed)
     memoryIsOut = false;
     EXPECT_EQ(barcode, OPOS_E_ILLEGAL);
     EXPECT_EQ(picture, OPOS_E_ILLEGAL);
-    EXPECT_EQ(test::RequestLog::Take(),
-              (std::vector<std::string>{
-                  "[CPrintSpoolerTalis] --- PrintBarCode Begin",
-                  "[CPrintSpoolerTalis] --- PrintBarCode - BarcodeDataStruct Allocation failure",
-                  "[CPrintSpoolerTalis] --- PrintBitmap Begin",
-                  "[CPrintSpoolerTalis] --- PrintBitmap - FileName logo.bmp",
-                  "[CPrintSpoolerTalis] --- PrintBitmap - BitmapDataStruct Allocation failure",
-              }));
+    EXPECT_EQ(log.Taken(), (std::vector<std::string>{
+                               "[CPrintSpoolerTalis] --- PrintBarCode Begin",
+                               "[CPrintSpoolerTalis] --- PrintBarCode - BarcodeDataStruct Allocation failure",
+                               "[CPrintSpoolerTalis] --- PrintBitmap Begin",
+                               "[CPrintSpoolerTalis] --- PrintBitmap - FileName logo.bmp",
+                               "[CPrintSpoolerTalis] --- PrintBitmap - BitmapDataStruct Allocation failure",
+                           }));
 }
 
 }  // namespace

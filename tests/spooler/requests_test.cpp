@@ -5,11 +5,11 @@
 #include <filesystem>
 #include <fstream>
 
+#include "common/service_log_capture.h"
 #include "common/story.h"
 #include "common/wire_text.h"
 #include "spooler/barcode_request.h"
 #include "spooler/bitmap_request.h"
-#include "spooler/request_log.h"
 #include "temp_folder.h"
 
 namespace marbex::spooler {
@@ -95,7 +95,7 @@ protected:
     {
         Words lines;
         const std::string tag = "[Tag] --- " + name_;
-        for (std::string line : test::RequestLog::Lines()) {
+        for (std::string line : log_.Taken()) {
             for (const auto& [text, shown] : {std::pair<std::string, std::string>{tag, "@"}, {file_, "FILE"}}) {
                 if (const std::size_t at = line.find(text); at != std::string::npos)
                     line.replace(at, text.size(), shown);
@@ -104,10 +104,10 @@ protected:
         }
         return lines;
     }
-    void Forget() override { test::RequestLog::Lines().clear(); }
+    void Forget() override { log_.Forget(); }
 
 private:
-    test::RequestLog log_;
+    const test::ServiceLogCapture log_;
     std::string name_;
     const std::filesystem::path folder_{tests::MakeTemporaryFolder()};
     const std::string file_ = (folder_ / "x.bmp").string();

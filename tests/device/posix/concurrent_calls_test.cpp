@@ -13,21 +13,7 @@ namespace {
 
 using namespace opos;
 
-class ConcurrentCallsTest : public DeviceBench {
-protected:
-    void TakeThePrinterAway()
-    {
-        server.SetMute(true);
-        device->CheckHealth(OPOS_CH_INTERNAL);
-        server.Refuse(true);
-        server.Drop();
-    }
-    void BringThePrinterBack()
-    {
-        server.SetMute(false);
-        server.Refuse(false);
-    }
-};
+class ConcurrentCallsTest : public DeviceBench {};
 
 TEST_F(ConcurrentCallsTest, ACallThatIsToldBusyLeavesTheErrorOfQueuedOutputAlone)
 {

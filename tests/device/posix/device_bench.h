@@ -167,6 +167,20 @@ protected:
         return RunUntil([this, times] { return control.Named("SOOutputComplete").size() >= times; });
     }
 
+    // The printer is gone for every request until it is told otherwise.
+    void TakeThePrinterAway()
+    {
+        server.SetMute(true);
+        device->CheckHealth(opos::OPOS_CH_INTERNAL);
+        server.Refuse(true);
+        server.Drop();
+    }
+    void BringThePrinterBack()
+    {
+        server.SetMute(false);
+        server.Refuse(false);
+    }
+
     static virtual_printer::LinkOptions SmallBuffer()
     {
         virtual_printer::LinkOptions link;

@@ -15,19 +15,6 @@ using virtual_printer::PaperState;
 
 class ErrorRecoveryTest : public DeviceBench {
 protected:
-    // The printer is gone for every request until it is told otherwise.
-    void TakeThePrinterAway()
-    {
-        server.SetMute(true);
-        device->CheckHealth(OPOS_CH_INTERNAL);
-        server.Refuse(true);
-        server.Drop();
-    }
-    void BringThePrinterBack()
-    {
-        server.SetMute(false);
-        server.Refuse(false);
-    }
     // Until the spool thread has taken the job up again after that many error events. From the end of the handler
     // until then the device counts as idle.
     bool UntilHeldUpAfter(std::size_t errors)
