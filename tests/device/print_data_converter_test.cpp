@@ -7,14 +7,13 @@
 #include <vector>
 
 #include "common/code_page_registry.h"
+#include "common/service_log_capture.h"
 #include "common/text_cases.h"
 #include "common/wire_text.h"
 #include "device/model_description.h"
 #include "opos/common.h"
 #include "opos/printer.h"
-#include "platform/files.h"
 #include "platform/text.h"
-#include "support/service_log.h"
 
 namespace marbex::device {
 namespace {
@@ -142,32 +141,22 @@ TEST_F(ConverterTest, ScalesAreBackAtOneForTheNextCall)
     EXPECT_EQ(Unmark(out), kOpening + "\x1D!\x01" + kClosing);
 }
 
-std::string& LogLines()
-{
-    static std::string lines;
-    return lines;
-}
-
 TEST_F(ConverterTest, LogLines)
 {
-    LogLines().clear();
-    platform::CaptureDebugOutput([](std::string_view line) { LogLines() += line.substr(line.find(']') + 1); });
-    support::LogOpen("", 1, 1, 1);
+    const test::ServiceLogCapture log;
     subModel = "GREEK";
     const char* data = "x";
-    const auto address = static_cast<int32_t>(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(data)));
+    const std::string address =
+        std::to_string(static_cast<int32_t>(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(data))));
     PrintDataConverter converter(kReference);
     std::string out;
     converter.DoValidateDataW(2, data, sets, subModel, out);
     converter.DoValidateDataW(4, data, sets, subModel, out);
-    support::LogClose();
-    platform::CaptureDebugOutput(nullptr);
-    const std::string pointer = std::to_string(address);
-    EXPECT_EQ(LogLines(), "[TALIS2POSPrinter] DoValidateDataW Begin (2, " + pointer +
-                              ")\r\n[OrvenPOSPrinter] DoValidateDataW bSubModel PC737 GREEK (Only if loaded in "
-                              "Printer)\r\n[TALIS2POSPrinter] DoValidateDataW End\r\n"
-                              "[TALIS2POSPrinter] DoValidateDataW Begin (4, " +
-                              pointer + ")\r\n");
+    EXPECT_EQ(log.Taken(), (std::vector<std::string>{
+                               "[TALIS2POSPrinter] DoValidateDataW Begin (2, " + address + ")",
+                               "[OrvenPOSPrinter] DoValidateDataW bSubModel PC737 GREEK (Only if loaded in Printer)",
+                               "[TALIS2POSPrinter] DoValidateDataW End",
+                               "[TALIS2POSPrinter] DoValidateDataW Begin (4, " + address + ")"}));
 }
 
 }  // namespace
