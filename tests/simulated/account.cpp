@@ -175,7 +175,7 @@ void Account::JudgeJob(const Job& job, const Copies& copies, const Traces& trace
     if (job.completions > CompletionsOfOthers(job) && !out && !nothingLeft)
         complain("was reported complete, but the link never took all of it");
     const bool done = job.async ? job.completions > CompletionsOfOthers(job) : !Excused(job);
-    if (traces.confirmed && job.confirmable && done && job.lines > 0 && copies.printed == 0)
+    if (traces.confirmed && job.confirmable && done && job.lines > 0 && copies.printed == 0 && job.begun > powerLost_)
         complain("was confirmed, but is not on paper");
     if (!job.async) {
         // What was collected can be cleared before it is printed.

@@ -51,6 +51,10 @@ public:
     // Completion events may be missing from now on back.
     void EventsDropped() { eventsDropped_ = ++tick_; }
 
+    // The printer was without power for a while, and the link cannot tell: what was on its way then may be lost though
+    // it is confirmed.
+    void PowerLostUnseen() { powerLost_ = ++tick_; }
+
     // Asynchronous jobs that may still be completed.
     int Pending() const;
     // Where everything went.
@@ -85,6 +89,7 @@ private:
     uint64_t excused_ = 0;
     uint64_t eventsDropped_ = 0;
     uint64_t lastError_ = 0;
+    uint64_t powerLost_ = 0;
     int oddAnswers_ = 0;
     int opening_ = 0;
 };

@@ -52,7 +52,7 @@ void OfCable(const World& world, simulated::Random& dice)
 template <FaultKind kind, uint32_t milliseconds>
 void OfConnection(const World& world, simulated::Random& dice)
 {
-    if (world.connects) return OfCable<kind, milliseconds>(world, dice);
+    if (world.link == Link::kTcp) return OfCable<kind, milliseconds>(world, dice);
     OfCable<FaultKind::kUnplugged, milliseconds>(world, dice);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -38,6 +39,23 @@ public:
 
     virtual_printer::VirtualPrinter printer;
     std::string paper;  // the lines it printed, what its bar codes say, and a mark with the height of each picture
+};
+
+// Its display, at the far end of a second cable.
+class DisplayEnd final : public simulated::FarEnd {
+public:
+    explicit DisplayEnd(PrinterEnd& end) : end_(end) {}
+
+    std::size_t Room() override { return SIZE_MAX; }
+    std::string Take(std::string_view bytes) override
+    {
+        end_.printer.FeedDisplay({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+        return {};
+    }
+    void Lost() override {}
+
+private:
+    PrinterEnd& end_;
 };
 
 }  // namespace marbex::tests

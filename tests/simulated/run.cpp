@@ -24,7 +24,8 @@ constexpr uint32_t kAddress = 0xC0A80001;  // 192.168.0.1
 constexpr uint16_t kPort = 9100;
 // Bytes that a system keeps for a link that does not take them.
 constexpr std::size_t kSendBuffer[] = {4096, 16 * 1024, 64};
-constexpr std::size_t kStamp = 26;  // characters before the text of a line of the service log
+constexpr const char* kSecondPort = "COM5";  // of the model that has a display of its own
+constexpr std::size_t kStamp = 26;           // characters before the text of a line of the service log
 
 std::string ProfileOf(const Setting& setting)
 {
@@ -63,12 +64,14 @@ public:
         simulated::Wiring& wiring = simulated::TheWiring();
         if (setting_.link == Link::kTcp) wiring.tcp[{kAddress, kPort}] = &cable_;
         if (setting_.link == Link::kSerial) wiring.serial["COM1"] = &cable_;
+        wiring.serial[kSecondPort] = &secondCable_;
         if (setting_.link == Link::kUsb) wiring.usb["Receipt"] = &cable_;
         cable_.onChange = [this](const std::string& what) { story_.Tell("# cable: " + what); };
         cable_.latency = setting_.latency;
         simulated::TheStorage().onAppend = [this](std::string_view path, std::string_view line) {
             if (path == "debugger" && line.find("exception") != std::string_view::npos)
                 complaints_.emplace_back(line.substr(0, line.find('\n')));
+            if (path == kEventFile && till_ != nullptr) till_->OnRecord(line);
             if (path.find("SOLog") == std::string_view::npos) return story_.Add(line);
             // An address is in this line.
             if (line.find("DoValidateDataW Begin") == std::string_view::npos)
@@ -88,11 +91,13 @@ private:
     void RunPlay()
     {
         const simulated::Apart apart;
-        auto till = std::make_unique<Till>(story_, account_, cable_);
-        play_({*till, story_, account_, cable_, printer_, setting_.link == Link::kTcp});
+        auto till = std::make_unique<Till>(story_, account_, cable_, setting_.toFile);
+        till_ = till.get();
+        play_({*till, story_, account_, cable_, printer_, setting_.link});
         prints_ = till->Prints();
         for (const std::string& complaint : till->Complaints())
             complaints_.push_back(complaint);
+        till_ = nullptr;
         till.reset();
         platform::RunWaitingMessages();
         const auto left = [this](const char* what, std::size_t count) {
@@ -101,7 +106,7 @@ private:
         left("threads", Processor().LiveThreads() - 1);
         left("windows", platform::LiveWindows());
         left("kernel objects", platform::LiveObjects());
-        if (cable_.IsConnected()) complaints_.emplace_back("the connection is left open");
+        if (cable_.IsConnected() || secondCable_.IsConnected()) complaints_.emplace_back("the connection is left open");
         for (const std::string& complaint : account_.Judge(
                  {Wire(), cable_.Delivered(), printer_.paper, setting_.confirms, setting_.link == Link::kSerial}))
             complaints_.push_back(complaint);
@@ -152,6 +157,9 @@ private:
     Account account_;
     PrinterEnd printer_;
     simulated::Cable cable_;
+    DisplayEnd display_{printer_};
+    simulated::Cable secondCable_{display_, kSendBuffer[0], 1};
+    Till* till_ = nullptr;  // while there is one
     std::vector<std::string> complaints_;
     int prints_ = 0;
 };

@@ -33,6 +33,7 @@ struct Setting {
     uint32_t sendTimeout = 500;
     uint32_t logEnabled = 0;
     uint32_t settings = 0;
+    bool toFile = false;            // events go to a file (OpenService_NET)
     simulated::Moment latency = 0;  // of the cable, microseconds
     simulated::Pace pace;
     uint64_t cableDice = 1;
@@ -46,7 +47,7 @@ struct World {
     Account& account;
     simulated::Cable& cable;
     PrinterEnd& printer;
-    bool connects;  // the link is a connection, which can be dropped and refused
+    Link link;
 };
 using Play = std::function<void(const World&)>;
 

@@ -36,7 +36,7 @@ Script::Script(uint64_t seed, const World& world)
       account_(world.account),
       cable_(world.cable),
       printer_(world.printer),
-      connects_(world.connects)
+      link_(world.link)
 {
     static constexpr uint32_t kNests[] = {0, 20, 8, 3};
     static constexpr uint32_t kFiddles[] = {0, 8, 3, 2};
@@ -59,7 +59,8 @@ void Script::PlanFaults()
                                            FaultKind::kShortWrite, FaultKind::kHalfReply, FaultKind::kRubbish,
                                            FaultKind::kSilence,    FaultKind::kSlow};
     for (int left = dice_.OneOf(kNumbers); left > 0; --left) {
-        const FaultKind kind = connects_ && dice_.OneIn(2) ? dice_.OneOf(kOfConnections) : dice_.OneOf(kOfAll);
+        const FaultKind kind =
+            link_ == Link::kTcp && dice_.OneIn(2) ? dice_.OneOf(kOfConnections) : dice_.OneOf(kOfAll);
         const simulated::Fault fault{dice_.Below(kFaultsBytes), kind, SomeWhile(dice_)};
         if (dice_.OneIn(3)) {
             Processor().At(Milliseconds(dice_.Below(kFaultsMillis)), [this, fault] {
@@ -73,6 +74,9 @@ void Script::PlanFaults()
               [](const auto& one, const auto& other) { return one.afterBytes < other.afterBytes; });
     for (int left = dice_.OneOf(kNumbers) / 2; left > 0; --left)
         Processor().At(Milliseconds(dice_.Below(kFaultsMillis)), [this] { Happen(); });
+    simulated::Random dice = dice_;
+    if (dice.OneIn(6))
+        Processor().At(Milliseconds(dice.Below(kFaultsMillis)), [this, off = SomeWhile(dice)] { CyclePower(off); });
 }
 
 void Script::Happen()
@@ -105,6 +109,31 @@ void Script::Happen()
             until("disk full", [](bool on) { simulated::TheStorage().full = on; });
             break;
     }
+}
+
+// What is not on paper is lost; a USB printer is gone meanwhile, and a connection is when the power is back.
+void Script::CyclePower(Moment off)
+{
+    if (settling_) return;
+    story_.Tell("# power off");
+    printer_.printer.SetPower(false);
+    if (link_ != Link::kSerial) cable_.Make(FaultKind::kUnplugged, off);
+    Processor().At(Processor().Now() + off, [this] {
+        if (!settling_) PowerOn();
+    });
+}
+
+void Script::PowerOn()
+{
+    if (printer_.printer.State().on) return;
+    story_.Tell("# power on");
+    if (link_ == Link::kSerial) {
+        account_.PowerLostUnseen();
+    } else {
+        cable_.Make(FaultKind::kDrop, 0);
+    }
+    printer_.printer.SetPower(true);
+    cable_.Poke();
 }
 
 void Script::RunMessages(uint32_t milliseconds)
@@ -308,6 +337,7 @@ void Script::Settle()
     printer.SetCover(false);
     printer.SetPaper(PaperState::kOk);
     printer.SetMute(false);
+    PowerOn();
     cable_.PutRight();
     till_.Freeze(false, false);
     till_.Freeze(false, true);

@@ -33,6 +33,8 @@ private:
 
     void PlanFaults();
     void Happen();  // one thing at the printer
+    void CyclePower(simulated::Moment off);
+    void PowerOn();  // if it is off
     void Receipt();
     void PrintSome();
     void Fiddle();
@@ -54,7 +56,7 @@ private:
     Account& account_;
     simulated::Cable& cable_;
     PrinterEnd& printer_;
-    const bool connects_;
+    const Link link_;
     Temper temper_{};
     bool settling_ = false;
     int nested_ = 0;

@@ -132,8 +132,12 @@ private:
     Till& till_;
 };
 
-Till::Till(Story& story, Account& account, const simulated::Cable& cable)
-    : story_(story), account_(account), cable_(cable), service_(std::make_unique<server::MarbexOposPrnDriver>())
+Till::Till(Story& story, Account& account, const simulated::Cable& cable, bool toFile)
+    : story_(story),
+      account_(account),
+      cable_(cable),
+      toFile_(toFile),
+      service_(std::make_unique<server::MarbexOposPrnDriver>())
 {
     control_.onEvent = [this](const TillEvent& event, int32_t* response) { OnEvent(event, response); };
 }
@@ -163,7 +167,8 @@ int32_t Till::Open()
     int32_t result = kNoMemory;
     try {
         const simulated::Within driver;
-        result = service_->OpenService("POSPrinter", "Till", &control_);
+        result = toFile_ ? service_->OpenService_NET("POSPrinter", "Till", kEventFile)
+                         : service_->OpenService("POSPrinter", "Till", &control_);
     } catch (const std::bad_alloc&) {
     }
     watch.Returned(result);
@@ -463,13 +468,28 @@ void Till::OnError(const TillEvent& event, int32_t* response)
     const int opening = account_.Opening();
     if (handler) handler(event, response);
     if (opening == account_.Opening()) ExpectErrorState("as the handler returns");
-    story_.Tell("* answers " + Signed(*response));
-    if (*response == opos::OPOS_ER_CLEAR) {
+    Answered(*response);
+}
+
+void Till::Answered(int32_t answer)
+{
+    story_.Tell("* answers " + Signed(answer));
+    if (answer == opos::OPOS_ER_CLEAR) {
         account_.Excuse();
         transaction_ = 0;
-    } else if (*response != opos::OPOS_ER_RETRY) {
+    } else if (answer != opos::OPOS_ER_RETRY) {
         account_.ExcuseOne();
     }
+}
+
+// An error is answered for the application: it cannot be asked.
+void Till::OnRecord(std::string_view record)
+{
+    story_.Tell("* record " + std::string(record));
+    if (record.starts_with("C\t")) account_.Completed(std::atoi(record.data() + 2));
+    if (!record.starts_with("B\t")) return;
+    account_.ErrorTold();
+    Answered(opos::OPOS_ER_CLEAR);
 }
 
 // Calls of other threads change the state in their own right.

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "account.h"
@@ -16,9 +17,13 @@
 
 namespace marbex::tests {
 
+inline constexpr const char* kEventFile = "events.txt";
+
 class Till {
 public:
-    Till(Story& story, Account& account, const simulated::Cable& cable);
+    // toFile: the service is opened for a file, which takes its events.
+    Till(Story& story, Account& account, const simulated::Cable& cable, bool toFile);
+    void OnRecord(std::string_view record);  // was put into the file
 
     // What the application does in its event handler; of an error, response is the answer.
     std::function<void(const TillEvent& event, int32_t* response)> handler;
@@ -70,6 +75,7 @@ private:
     int32_t Printed(const std::string& what, Job::Kind kind, int lines, bool queues, bool confirmable,
                     const std::function<int32_t(device::POSPrinterDevice&, const std::string&)>& print);
     void OnEvent(const TillEvent& event, int32_t* response);
+    void Answered(int32_t answer);
     void OnError(const TillEvent& event, int32_t* response);
     void ExpectErrorState(const char* when);
     void CountClaim(const std::shared_ptr<device::POSPrinterDevice>& device, int change);
@@ -78,6 +84,7 @@ private:
     Story& story_;
     Account& account_;
     const simulated::Cable& cable_;
+    const bool toFile_;
     ControlObject control_;
     std::unique_ptr<server::MarbexOposPrnDriver> service_;
     std::vector<std::unique_ptr<server::MarbexOposPrnDriver>> dropped_;  // calls of theirs may be under way
