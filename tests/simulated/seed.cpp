@@ -13,17 +13,7 @@ std::string ModelOf(Random& dice)
 {
     if (dice.OneIn(2)) return "TALIS ETHERNET";
     const auto models = device::ModelDescriptions();
-    std::string model(models[dice.Below(models.size())].name);
-<<<<<<< HEAD
-    return model == "ARGO PC TURBO" ? "TALIS" : model;  // it has a second cable
-=======
-    // Two never clean their input before they ask for the status: after one stray byte, or
-    // an answer that came too late, every later answer is taken for another one.
-    for (const char* const other : {"PELTO", "SELVA"}) {
-        if (model == other) model = "TALIS";
-    }
-    return model;
->>>>>>> bdd2d3c (Simulate power cuts of the printer, events into a file, and the model with a second cable)
+    return std::string(models[dice.Below(models.size())].name);
 }
 
 simulated::Pace PaceOf(Random& dice)
