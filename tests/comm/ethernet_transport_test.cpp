@@ -75,7 +75,7 @@ protected:
         };
         verbs["making"] = [this](const Words& w) { return script.create = [on = w[0] == "on"] { return on; }, ""; };
         verbs["shutting"] = [this](const Words& w) {
-            script.close = [this, once = w[0] == "once", first = script.closes](int call) {
+            script.close = [once = w[0] == "once", first = script.closes](int call) {
                 return once && call > first + 1;
             };
             return "";
