@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 #include "opos/common.h"
 #include "opos/printer.h"
@@ -225,10 +226,10 @@ void Till::Drop()
     }
     account_.Excuse();  // what another thread printed meanwhile included
     account_.EventsDropped();
-    dropped_.push_back(std::move(service_));
-    service_ = std::make_unique<server::MarbexOposPrnDriver>();
+    auto fresh = std::make_unique<server::MarbexOposPrnDriver>();
+    dropped_.push_back(std::exchange(service_, std::move(fresh)));
     transaction_ = 0;
-    if (!watch.OthersOnThisThread()) dropped_.clear();
+    if (watch.Alone()) dropped_.clear();  // no other thread is in one of them
 }
 
 int32_t Till::Claim(int32_t timeout)
