@@ -2,9 +2,11 @@
 
 #include <malloc.h>
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
+#include <thread>
 
 namespace marbex::soak {
 
@@ -24,7 +26,10 @@ inline Vitals ReadVitals()
     Vitals vitals;
     vitals.heap = ::mallinfo2().uordblks;
     vitals.descriptors = entries("/proc/self/fd");
-    vitals.threads = entries("/proc/self/task");
+    // A thread stays in the list for a moment after it has been joined.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
+    while ((vitals.threads = entries("/proc/self/task")) > 1 && std::chrono::steady_clock::now() < end)
+        std::this_thread::yield();
     return vitals;
 }
 
