@@ -171,7 +171,8 @@ void Account::JudgeJob(const Job& job, const Copies& copies, const Traces& trace
         return;
     }
     if (copies.taken > 1 && lastError_ < job.begun) complain("was sent twice without an error event");
-    const bool nothingLeft = job.transaction != 0 && !job.async && Excused(job);  // it was cleared on the way
+    // It was cleared on the way, and what has been printed since had left the transaction.
+    const bool nothingLeft = job.transaction != 0 && (!job.async || traces.toldLate) && Excused(job);
     if (job.completions > CompletionsOfOthers(job) && !out && !nothingLeft)
         complain("was reported complete, but the link never took all of it");
     const bool done = job.async ? job.completions > CompletionsOfOthers(job) : !Excused(job);

@@ -64,6 +64,7 @@ public:
         std::string_view paper;
         bool confirmed = false;  // the service asks the printer before it reports a job complete
         bool sendsOn = false;    // the link sends what it has taken after the write has been given up
+        bool toldLate = false;   // an error may have cleared everything some time before the till is told of it
     };
     std::vector<std::string> Judge(const Traces& traces);  // what is wrong
 

@@ -107,8 +107,9 @@ private:
         left("windows", platform::LiveWindows());
         left("kernel objects", platform::LiveObjects());
         if (cable_.IsConnected() || secondCable_.IsConnected()) complaints_.emplace_back("the connection is left open");
-        for (const std::string& complaint : account_.Judge(
-                 {Wire(), cable_.Delivered(), printer_.paper, setting_.confirms, setting_.link == Link::kSerial}))
+        for (const std::string& complaint :
+             account_.Judge({Wire(), cable_.Delivered(), printer_.paper, setting_.confirms,
+                             setting_.link == Link::kSerial, setting_.toFile}))
             complaints_.push_back(complaint);
     }
 
