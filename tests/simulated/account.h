@@ -57,6 +57,8 @@ public:
 
     // Asynchronous jobs that may still be completed.
     int Pending() const;
+    // More of them than the errors that were not answered, or could not be helped, account for.
+    bool MissesCompletions() const { return Pending() > oddAnswers_; }
     // Where everything went.
     struct Traces {
         std::string_view taken;      // by the link

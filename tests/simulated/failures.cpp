@@ -114,6 +114,7 @@ void Work(const World& world, Mishap::Kind kind, uint64_t when)
         Take(world, step);
     for (int waits = 0; waits < 40 && world.account.Pending() > 0; ++waits)
         platform::WaitForAnyRunningMessages({}, 500);
+    if (world.account.MissesCompletions()) world.till.Complain("completions do not come");
     Take(world, {"close", [](Till& till) { return till.Close(); }});
     TheMishap().kind = Mishap::Kind::kNone;
     // Whatever has failed: the next day is a good one.

@@ -313,6 +313,7 @@ void Script::AwaitRest()
         state = till_.State();
     }
     if (state != opos::OPOS_S_IDLE) till_.Complain("State stays " + std::to_string(state));
+    if (account_.MissesCompletions()) till_.Complain("completions do not come");
 }
 
 bool Script::StatusIsRight()
