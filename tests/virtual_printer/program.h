@@ -27,7 +27,8 @@ public:
     {
         std::array<int, 2> in{};
         std::array<int, 2> out{};
-        if (::pipe(in.data()) != 0 || ::pipe(out.data()) != 0) {
+        std::array<int, 2> errors{};
+        if (::pipe(in.data()) != 0 || ::pipe(out.data()) != 0 || ::pipe(errors.data()) != 0) {
             return;
         }
         arguments.insert(arguments.begin(), MARBEX_VIRTUAL_PRINTER);
@@ -40,6 +41,7 @@ public:
         if (child_ == 0) {
             ::dup2(in[0], 0);
             ::dup2(out[1], 1);
+            ::dup2(errors[1], 2);
             ::close(in[1]);
             ::close(out[0]);
             ::execv(argv[0], argv.data());
@@ -47,6 +49,8 @@ public:
         }
         ::close(in[0]);
         ::close(out[1]);
+        ::close(errors[1]);
+        errors_ = errors[0];
         in_ = in[1];
         out_ = out[0];
     }
@@ -54,6 +58,7 @@ public:
     {
         CloseInput();
         ::close(out_);
+        ::close(errors_);
         if (child_ > 0) {
             ::kill(child_, SIGKILL);
             ::waitpid(child_, nullptr, 0);
@@ -106,13 +111,24 @@ public:
         ::waitpid(std::exchange(child_, 0), &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
+    // What it has said on standard error by its end.
+    std::string Complaint()
+    {
+        std::array<char, 4096> buffer{};
+        for (ssize_t count = 0; (count = ::read(errors_, buffer.data(), buffer.size())) > 0;) {
+            complaint_.append(buffer.data(), static_cast<std::size_t>(count));
+        }
+        return complaint_;
+    }
     void Signal(int signal) const { ::kill(child_, signal); }
 
 private:
     pid_t child_ = 0;
     int in_ = -1;
     int out_ = -1;
+    int errors_ = -1;
     std::string text_;
+    std::string complaint_;
 };
 
 inline int Connect(int port)

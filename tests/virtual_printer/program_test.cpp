@@ -40,6 +40,7 @@ TEST(Program, TellsWhatHappensAndTakesCommands)
                                     {"paper", "ok"},
                                     {"jam", false},
                                     {"mute", false},
+                                    {"garbage", false},
                                     {"stopped", true},
                                     {"power", true},
                                     {"waiting_bytes", 9},
@@ -73,8 +74,9 @@ TEST(Program, FaultsHitTheByteTheyAreMeantFor)
     Program program({"--tcp", "127.0.0.1:0", "--received", file});
     const int fd = Connect(program.Next()["port"]);
     for (const char* nonsense :
-         {"at 5", "at x drop", "at 5 quit", "at 5 at 6 drop", "power cycle", "power cycle -1", "refuse x", "speed fast",
-          "half no", "say", "say 100", "say xx", "jam on", "printing hold"}) {
+         {"at 5", "at x drop", "at 5 quit", "at 5 at 6 drop", "at 5 paper none", "after 3: drop", "after lines 3: drop",
+          "after 2 lines drop", "at page 2: drop", "status all", "power cycle -1", "refuse x", "speed fast", "half no",
+          "say", "say 100", "say xx", "jam on", "printing hold"}) {
         program.Say(nonsense);
         EXPECT_TRUE(program.NextNamed("command").contains("problem")) << nonsense;
     }
@@ -97,6 +99,71 @@ TEST(Program, FaultsHitTheByteTheyAreMeantFor)
     EXPECT_EQ(received, "one\nand ");
     ::close(fd);
     std::filesystem::remove(file);
+}
+
+class Script : public testing::Test {
+protected:
+    std::string Write(const std::string& text) const
+    {
+        std::ofstream(file_) << text;
+        return file_;
+    }
+    void TearDown() override { std::filesystem::remove(file_); }
+
+private:
+    std::string file_ = testing::TempDir() + "script-" + std::to_string(::getpid());
+};
+
+// Each step takes effect at its byte, however much of the stream arrives at once.
+TEST_F(Script, GoesThroughItsStepsEachInItsTime)
+{
+    Program program({"--tcp", "127.0.0.1:0", "--script",
+                     Write("# the roll ends, and is changed\n"
+                           "after 3 lines: paper out\n\nwait 20 ms\n  paper ok\n"
+                           "at cut 1: garbage on\nafter 3 bytes: garbage off\nstatus half\n"
+                           "at cut 1: paper out\nat cut 2: power cycle 1\n")});
+    const int fd = Connect(program.Next()["port"]);
+    const auto text = [&program] { return program.NextNamed("text")["text"]; };
+    const auto command = [&program] {
+        const Json json = program.NextNamed("command");
+        return json["command"].get<std::string>() + " at " + std::to_string(json["at"].get<int>()) + " line " +
+               std::to_string(json["script_line"].get<int>());
+    };
+    Send(fd, "1\n2\n3\n4\n");
+    EXPECT_EQ(text(), "1");
+    EXPECT_EQ(text(), "2");
+    EXPECT_EQ(program.Next()["text"], "3");
+    EXPECT_EQ(command(), "paper out at 6 line 2");
+    EXPECT_EQ(program.NextNamed("text")["text"], "4") << "when there is paper again";
+    EXPECT_EQ(command(), "paper ok at 8 line 5");
+    Send(fd, "\x1Bi\x10\x04\x01\x10\x04\x14\x10\x04\x01");
+    EXPECT_EQ(command(), "garbage on at 10 line 6");
+    EXPECT_EQ(program.Next()["answer"], "ED");
+    EXPECT_EQ(command(), "garbage off at 13 line 7");
+    EXPECT_EQ(command(), "status half at 13 line 8");
+    const Json tooLate = program.Next();
+    EXPECT_EQ(tooLate["script_line"], 9);
+    EXPECT_EQ(tooLate.value("problem", ""), "") << "there has been no second cut";
+    EXPECT_EQ(program.NextNamed("status_query")["answer"], "10 0F 05");
+    Send(fd, "\x18lost\n");
+    program.Say("paper ok");
+    Send(fd,
+         "a\x1Bi"
+         "b\n");
+    EXPECT_EQ(program.NextNamed("power_off")["lost"], 0);
+    EXPECT_EQ(program.NextNamed("disconnected")["unread"], 2);
+    ::close(fd);
+}
+
+TEST_F(Script, SaysInWhichLineItIsWrong)
+{
+    for (const char* wrong : {"dance", "wait 2", "wait 2 h", "wait -1 s", "after 3 lines: dance", "jam on", "quit"}) {
+        Program program({"--tcp", "127.0.0.1:0", "--script", Write("cover open\n\n" + std::string(wrong) + "\n")});
+        EXPECT_EQ(program.ExitStatus(), 64) << wrong;
+        EXPECT_NE(program.Complaint().find(", line 3: " + std::string(wrong)), std::string::npos)
+            << program.Complaint();
+    }
+    EXPECT_EQ(Program({"--tcp", "127.0.0.1:0", "--script", "/nonexistent"}).ExitStatus(), 64);
 }
 
 TEST(Program, PrintsAllThatHasArrivedBeforeItEnds)

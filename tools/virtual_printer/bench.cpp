@@ -51,6 +51,9 @@ Bench::Bench(const Arguments& arguments)
     for (const PrinterArguments& a : arguments.printers) {
         const std::size_t number = several ? desks_.size() + 1 : 0;
         auto person = std::make_unique<Operator>(a.model, a.link, a.printer, a.files, number, changed);
+        if (!a.script.empty()) {
+            person->Follow(a.script);
+        }
         std::string place = PlaceOf(a, person->Server());
         desks_.push_back({a, std::move(place), std::move(person)});
     }

@@ -13,7 +13,7 @@ namespace marbex::virtual_printer {
 // All that a run of the program has: its printers, each with its operator, and the page.
 class Bench {
 public:
-    // Throws what Operator and WebServer throw.
+    // Throws what Operator, its script and WebServer throw.
     explicit Bench(const Arguments& arguments);
     ~Bench();
     Bench(const Bench&) = delete;

@@ -16,7 +16,7 @@ Engine::Engine(const VirtualPrinter& owner, const Model& model, const PrinterOpt
       paper_(options.wide && model.wideDots != 0 ? model.wideDots : model.printableDots),
       interpreter_(model, options.identity != 0 ? options.identity : model.identity, options.wide, paper_,
                    {[this](Happening happening) { Record(std::move(happening)); },
-                    [this](const Bytes& bytes) { Answer(bytes); }}),
+                    [this](const Bytes& bytes) { return Answer(bytes); }}),
       buffer_(options.buffer != 0 ? options.buffer : model.buffer),
       input_({[this](const Command& command) { Take(command); }, [this](uint8_t kind) { TellStatus(kind); },
               [this](int bytes) {
@@ -38,6 +38,7 @@ PrinterState Engine::State() const
     state.paper = condition_.paperOut ? PaperState::kOut : condition_.paperLow ? PaperState::kLow : PaperState::kOk;
     state.jammed = condition_.jam;
     state.mute = mute_;
+    state.garbage = garbage_;
     state.stopped = condition_.Stopped();
     state.on = on_;
     state.drawerSignal = condition_.drawerSignal;
@@ -45,6 +46,8 @@ PrinterState Engine::State() const
     state.speed = mechanism_.Speed();
     state.waitingBytes = buffer_.Used();
     state.received = received_;
+    state.lines = lines_;
+    state.cuts = cuts_;
     return state;
 }
 
@@ -53,7 +56,7 @@ std::size_t Engine::Room() const
     if (!on_) {
         return SIZE_MAX;
     }
-    const bool waits = !buffer_.Empty() || !MayPrint();
+    const bool waits = !buffer_.Empty() || !MayPrint() || Held();
     const std::size_t used = buffer_.Used() + (waits ? input_.Pending() : 0);
     return used >= buffer_.Capacity() ? 0 : buffer_.Capacity() - used;
 }
@@ -176,7 +179,7 @@ void Engine::Take(const Command& command)
     }
     if (condition_.Stopped() && command.op == Op::kCancel) {
         Record(Cancelled{false, Discard()});
-    } else if (buffer_.Empty() && (MayPrint() || !interpreter_.NeedsPaper(command))) {
+    } else if (buffer_.Empty() && MayDo(command)) {
         mechanism_.Wait(now_);
         Execute(command);
     } else {
@@ -205,7 +208,7 @@ void Engine::Execute(const Command& command)
 
 void Engine::Drain()
 {
-    while (!buffer_.Empty() && (MayPrint() || !interpreter_.NeedsPaper(buffer_.First()))) {
+    while (!buffer_.Empty() && MayDo(buffer_.First())) {
         Execute(buffer_.Take());
     }
 }
@@ -236,23 +239,34 @@ void Engine::TellStatus(uint8_t kind)
     if (kind == kFullStatus && answersWhilePrinting_ > 0) {
         --answersWhilePrinting_;
     }
-    Bytes answer = StatusAnswer(condition_, kind);
-    answer.resize(Answer(answer));
-    Record(StatusQuery{kind, mute_ ? Bytes{} : std::move(answer)});
+    Record(StatusQuery{kind, Answer(StatusAnswer(condition_, kind))});
 }
 
-// How many bytes of it will be sent.
-std::size_t Engine::Answer(const Bytes& answer)
+// What of it is sent.
+Bytes Engine::Answer(Bytes answer)
 {
-    const std::size_t size = halves_ > 0 ? answer.size() / 2 : answer.size();
-    halves_ -= halves_ > 0 ? 1 : 0;
-    answers_.insert(answers_.end(), answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size));
-    return size;
+    if (halves_ > 0) {
+        answer.resize(answer.size() / 2);
+        --halves_;
+    }
+    if (mute_) {
+        return {};
+    }
+    if (garbage_) {
+        for (uint8_t& byte : answer) {
+            byte = static_cast<uint8_t>(~byte);
+        }
+    }
+    answers_.insert(answers_.end(), answer.begin(), answer.end());
+    return answer;
 }
 
 void Engine::Record(Happening happening)
 {
-    lineEnded_ = lineEnded_ || std::holds_alternative<TextLine>(happening);
+    const bool line = std::holds_alternative<TextLine>(happening);
+    lineEnded_ = lineEnded_ || line;
+    lines_ += line ? 1 : 0;
+    cuts_ += std::holds_alternative<Cut>(happening) ? 1 : 0;
     if (observer) {
         observer(owner_, happening);
     } else {

@@ -43,6 +43,7 @@ public:
     void SetMute(bool mute) { mute_ = mute; }
     void HoldPrinting(bool held) { printingHeld_ = held; }
     void HalveAnswers(unsigned count) { halves_ = count; }
+    void SetGarbage(bool garbage) { garbage_ = garbage; }
 
     void Record(Happening happening);
     std::vector<Happening> happenings;  // those not told to an observer
@@ -50,6 +51,7 @@ public:
     VirtualPrinter::Copy copyCommand;
     VirtualPrinter::Copy copyReceived;
     VirtualPrinter::Witness witness;
+    std::function<bool()> held;  // someone has to do something before the next command is done
 
 private:
     // The bytes that made what is in the unfinished line, settings among them included.
@@ -58,7 +60,9 @@ private:
         std::size_t bytes = 0;
     };
 
+    bool Held() const { return held && held(); }
     bool MayPrint() const { return !condition_.Stopped() && !mechanism_.Busy(now_); }
+    bool MayDo(const Command& command) const { return !Held() && (MayPrint() || !interpreter_.NeedsPaper(command)); }
     void Take(const Command& command);
     void Execute(const Command& command);
     void Drain();
@@ -66,7 +70,7 @@ private:
     int Cancel();
     void LosePower();
     void TellStatus(uint8_t kind);
-    std::size_t Answer(const Bytes& answer);
+    Bytes Answer(Bytes answer);
 
     const VirtualPrinter& owner_;
     const Model& model_;
@@ -74,8 +78,11 @@ private:
     bool on_ = true;
     bool printingHeld_ = false;
     bool mute_ = false;
+    bool garbage_ = false;
     unsigned halves_ = 0;
     uint64_t received_ = 0;
+    uint64_t lines_ = 0;
+    uint64_t cuts_ = 0;
     std::size_t missed_ = 0;
     Clock::time_point now_{};
     Mechanism mechanism_;

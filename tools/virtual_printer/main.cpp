@@ -35,6 +35,9 @@ int main(int argc, char** argv)
 {
     try {
         return Main(argc, argv);
+    } catch (const BadScript& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return kUsageError;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());
         return 1;

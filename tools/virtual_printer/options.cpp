@@ -11,7 +11,6 @@ namespace {
 constexpr uint32_t kSmallestBuffer = 16;
 constexpr uint32_t kLargestBuffer = 1U << 20U;
 constexpr std::size_t kMostPrinters = 32;
-constexpr int kUsageError = 64;  // EX_USAGE of sysexits.h
 
 using Words = std::vector<std::string>;
 
@@ -51,6 +50,7 @@ void DefinePrinter(CLI::App& app, PrinterArguments& a)
     app.add_option("--received", a.files.received, "file for every byte that is received");
     app.add_option("--port-file", a.portFile, "file to write the TCP port or the terminal's path to");
     app.add_option("--display-port-file", a.displayPortFile, "file to write the path of the display's terminal to");
+    app.add_option("--script", a.script, "file of commands, each done when its time has come");
     app.add_flag("--wide", a.printer.wide, "DORIN with its wide mechanism");
     app.add_option("--identity", a.printer.identity, "another identifier of the model, such as 0x200");
 }
@@ -63,12 +63,15 @@ void DefineAll(CLI::App& app, Arguments& a)
         "Commands on standard input:\n"
         "  cover open|close     paper ok|low|out     jam on|off\n"
         "  mute on|off          drop                 refuse on|off|MS\n"
-        "  power on|off|cycle MS                     half [ANSWERS]\n"
+        "  power on|off|cycle [MS]                   half [ANSWERS]\n"
+        "  garbage on|off                            status half [ANSWERS]\n"
         "  slow BYTES_PER_SECOND (0: no limit)       say HEX...\n"
         "  speed MM_PER_SECOND (0: no limit)         tear\n"
         "  drawer open|close|high|low                status\n"
         "  printing hold|release (BRISA-HD)          save [FILE]\n"
-        "  at BYTES COMMAND                          quit\n"
+        "  at BYTES COMMAND                          at line|cut|byte N: COMMAND\n"
+        "  after N lines|cuts|bytes: COMMAND         quit\n"
+        "A script has one of them a line, and: wait N s|ms\n"
         "With several printers a number in front says which: 2 cover open");
 }
 

@@ -10,6 +10,8 @@
 
 namespace marbex::virtual_printer {
 
+inline constexpr int kUsageError = 64;  // exit code; EX_USAGE of sysexits.h
+
 // One printer: from one --model to the next.
 struct PrinterArguments {
     std::string model = "TALIS";
@@ -23,6 +25,7 @@ struct PrinterArguments {
     OutputFiles files;
     std::string portFile;
     std::string displayPortFile;
+    std::string script;  // file; empty: none
 };
 
 struct Arguments {

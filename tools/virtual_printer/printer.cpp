@@ -131,6 +131,11 @@ void VirtualPrinter::HalveAnswers(unsigned count)
     engine_->HalveAnswers(count);
 }
 
+void VirtualPrinter::SetGarbage(bool garbage)
+{
+    engine_->SetGarbage(garbage);
+}
+
 PrinterState VirtualPrinter::State() const
 {
     return engine_->State();
@@ -164,6 +169,11 @@ void VirtualPrinter::CopyReceived(Copy copy)
 void VirtualPrinter::Watch(Witness witness)
 {
     engine_->witness = std::move(witness);
+}
+
+void VirtualPrinter::HoldWhile(std::function<bool()> held)
+{
+    engine_->held = std::move(held);
 }
 
 void VirtualPrinter::Record(Happening happening)

@@ -52,6 +52,7 @@ struct PrinterState {
     PaperState paper = PaperState::kOk;
     bool jammed = false;
     bool mute = false;
+    bool garbage = false;
     bool stopped = false;
     bool on = true;             // the power
     bool drawerSignal = false;  // the sensor pin of the drawer connector is high
@@ -59,6 +60,8 @@ struct PrinterState {
     uint32_t speed = 0;            // of the paper, in millimetres a second; 0: no limit
     std::size_t waitingBytes = 0;  // of commands kept until the printer goes on
     uint64_t received = 0;         // bytes since the beginning
+    uint64_t lines = 0;            // of text, since the beginning
+    uint64_t cuts = 0;             // since the beginning
 };
 
 class Engine;
@@ -106,6 +109,7 @@ public:
     // Off: what is not on paper is lost, and every setting; bytes that come are not heard.
     void SetPower(bool on);
     void HalveAnswers(unsigned count);  // of the next answers the second half is never sent
+    void SetGarbage(bool garbage);      // every bit of an answer is the wrong one
     PrinterState State() const;
 
     // Everything that happened since the beginning, or since the list was last taken.
@@ -122,6 +126,9 @@ public:
     // Told every command of the printer's line when it has been done, after what happened by it, and the characters
     // (UTF-8) that it put into the line or onto the display.
     void Watch(Witness witness);
+    // Asked between two commands. While it says true nothing is printed and what comes waits in the buffer; GoOn goes
+    // on.
+    void HoldWhile(std::function<bool()> held);
 
     template <class T>
     std::vector<T> All() const

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -61,9 +62,21 @@ public:
     void RefuseFor(std::chrono::milliseconds time);  // drops and refuses, and accepts again after that time
     void Slow(uint32_t bytesPerSecond);              // 0: as fast as it goes
     void Say(const Bytes& bytes);                    // sends what nobody has asked for
-    // Does something when so many bytes have been received since the start, before the next one is: it may call what
-    // is declared here. Throws std::out_of_range when more have been received already.
-    void At(uint64_t received, std::function<void()> action);
+    // Does something when so many have been counted since the start, before anything else happens: it may call what is
+    // declared here. Throws std::out_of_range when there have been more already.
+    enum class Count : uint8_t { kBytes, kLines, kCuts };
+    void At(Count what, uint64_t count, std::function<void()> action);
+    // The same when so many more have been counted.
+    void AtFurther(Count what, uint64_t count, std::function<void()> action);
+    void At(uint64_t received, std::function<void()> action) { At(Count::kBytes, received, std::move(action)); }
+    // Does something after a time.
+    void After(std::chrono::milliseconds time, std::function<void()> action);
+    // Sends bytes to the printer as a till would, as many as it takes now.
+    struct Fed {
+        std::size_t taken = 0;
+        Bytes answer;
+    };
+    Fed Feed(std::span<const uint8_t> bytes);
     void SetMute(bool mute);
     void SetCover(bool open);
     void SetPaper(PaperState state);
@@ -72,6 +85,7 @@ public:
     void SetPrintingHeld(bool held);
     void SetSpeed(uint32_t millimetresPerSecond);
     void HalveAnswers(unsigned count);
+    void SetGarbage(bool garbage);
 
     struct LinkState {
         bool refusing = false;

@@ -25,7 +25,7 @@ class Interpreter {
 public:
     struct Outlets {
         std::function<void(Happening)> happened;
-        std::function<void(const Bytes&)> answer;
+        std::function<Bytes(const Bytes&)> answer;  // what of it is sent
     };
 
     Interpreter(const Model& model, uint16_t identity, bool wide, Paper& paper, Outlets outlets);

@@ -60,8 +60,7 @@ void Interpreter::Question(const Command& command)
         }
         // Six bytes follow the first one, whose low half counts them; the last tells the wide mechanism.
         answer = {0x06, 0, 0, 0, 0, 0, static_cast<uint8_t>(wide_ ? 0x02 : 0x00)};
-        outlets_.happened(IdentityQuery{0, answer});
-        return outlets_.answer(answer);
+        return outlets_.happened(IdentityQuery{0, outlets_.answer(answer)});
     }
     const bool oneByte = identity_ < 0xFF;
     if (b[2] == 1) {
@@ -71,8 +70,7 @@ void Interpreter::Question(const Command& command)
     } else {
         return Report(command, "no such identity");
     }
-    outlets_.happened(IdentityQuery{b[2], answer});
-    outlets_.answer(answer);
+    outlets_.happened(IdentityQuery{b[2], outlets_.answer(answer)});
 }
 
 void Interpreter::BarcodeCommand(const Command& command)

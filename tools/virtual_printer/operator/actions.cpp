@@ -1,4 +1,5 @@
-// What the operator can do with the printer: one function a command.
+// What the operator can do with the printer: one function a command, which says what is wrong with its argument or how
+// it is done.
 
 #include <algorithm>
 #include <charconv>
@@ -11,8 +12,9 @@
 namespace marbex::virtual_printer {
 namespace {
 
-constexpr unsigned kMostWaiting = 1000;                         // faults that wait for their byte
+constexpr unsigned kMostWaiting = 1000;                         // faults that wait for their time
 constexpr std::chrono::milliseconds::rep kLongest = 3'600'000;  // an hour
+constexpr std::chrono::milliseconds kUsualCycle{2000};
 
 template <class T>
 std::optional<T> NumberIn(const std::string& text, T most = std::numeric_limits<T>::max())
@@ -46,188 +48,217 @@ std::optional<Bytes> HexIn(const std::string& text)
     return bytes.empty() ? std::nullopt : std::optional(bytes);
 }
 
-// Does one of two things.
-template <class Action>
-std::string Either(const std::string& argument, const char* yes, const char* no, const Action& action)
+using Understood = Operator::Understood;
+
+Understood Wrong(std::string problem)
+{
+    return {std::move(problem), {}};
+}
+
+// What cannot go wrong any more.
+Understood Right(std::function<void()> deed)
+{
+    return {{}, [deed = std::move(deed)] {
+                deed();
+                return std::string();
+            }};
+}
+
+// One of two things.
+template <class Deed>
+Understood Either(const std::string& argument, const char* yes, const char* no, Deed deed)
 {
     if (argument != yes && argument != no) {
-        return std::string(yes) + " or " + no + " expected";
+        return Wrong(std::string(yes) + " or " + no + " expected");
     }
-    action(argument == yes);
-    return {};
+    return Right([deed, is = argument == yes] { deed(is); });
+}
+
+// A number.
+template <class T, class Deed>
+Understood Amount(const std::optional<T>& number, const char* expected, Deed deed)
+{
+    if (!number) {
+        return Wrong(std::string(expected) + " expected");
+    }
+    return Right([deed, number = *number] { deed(number); });
 }
 
 }  // namespace
 
 const std::vector<Operator::Action> Operator::kActions{
-    {"cover", &Operator::Cover},       {"paper", &Operator::PaperIs},
-    {"jam", &Operator::Jam},           {"mute", &Operator::Mute},
-    {"printing", &Operator::Printing}, {"drawer", &Operator::Drawer},
-    {"power", &Operator::Power},       {"drop", &Operator::Drop},
-    {"refuse", &Operator::Refuse},     {"slow", &Operator::Slow},
-    {"speed", &Operator::Speed},       {"half", &Operator::Half},
-    {"say", &Operator::SayToTill},     {"at", &Operator::At},
-    {"tear", &Operator::Tear},         {"ticket", &Operator::Ticket},
-    {"save", &Operator::Save},
+    {"cover", &Operator::Cover},   {"paper", &Operator::PaperIs},     {"jam", &Operator::Jam},
+    {"mute", &Operator::Mute},     {"garbage", &Operator::Garbage},   {"printing", &Operator::Printing},
+    {"drawer", &Operator::Drawer}, {"power", &Operator::Power},       {"drop", &Operator::Drop},
+    {"refuse", &Operator::Refuse}, {"slow", &Operator::Slow},         {"speed", &Operator::Speed},
+    {"half", &Operator::Half},     {"status", &Operator::HalfStatus}, {"say", &Operator::SayToTill},
+    {"tear", &Operator::Tear},     {"ticket", &Operator::Ticket},     {"save", &Operator::Save},
 };
 
-std::string Operator::Do(const Words& words)
+Understood Operator::Understand(const std::string& line)
 {
+    const Words words = Split(line);
+    if (words.name == "at" || words.name == "after") {
+        return Later(line);
+    }
     const auto found =
         std::find_if(kActions.begin(), kActions.end(), [&](const Action& one) { return one.first == words.name; });
-    if (found == kActions.end()) {
-        return "no such command";
+    return found == kActions.end() ? Wrong("no such command") : (this->*found->second)(words.argument);
+}
+
+std::string Operator::Do(const Understood& understood)
+{
+    if (!understood.problem.empty()) {
+        return understood.problem;
     }
     try {
-        return (this->*found->second)(words.argument);
+        return understood.deed();
     } catch (const std::system_error& error) {
         return error.what();
     }
 }
 
-std::string Operator::Cover(const std::string& argument)
+Understood Operator::Cover(const std::string& argument)
 {
     return Either(argument, "open", "close", [this](bool open) { server_->SetCover(open); });
 }
 
-std::string Operator::PaperIs(const std::string& argument)
+Understood Operator::PaperIs(const std::string& argument)
 {
     if (argument != "ok" && argument != "low" && argument != "out") {
-        return "ok, low or out expected";
+        return Wrong("ok, low or out expected");
     }
-    server_->SetPaper(argument == "ok" ? PaperState::kOk : argument == "low" ? PaperState::kLow : PaperState::kOut);
-    return {};
+    const PaperState state = argument == "ok"    ? PaperState::kOk
+                             : argument == "low" ? PaperState::kLow
+                                                 : PaperState::kOut;
+    return Right([this, state] { server_->SetPaper(state); });
 }
 
-std::string Operator::Jam(const std::string& argument)
+Understood Operator::Jam(const std::string& argument)
 {
     if (!model_->tellsPrinting) {
-        return std::string(model_->name) + " has no paper jam";
+        return Wrong(std::string(model_->name) + " has no paper jam");
     }
     return Either(argument, "on", "off", [this](bool on) { server_->SetJam(on); });
 }
 
-std::string Operator::Mute(const std::string& argument)
+Understood Operator::Mute(const std::string& argument)
 {
     return Either(argument, "on", "off", [this](bool on) { server_->SetMute(on); });
 }
 
-std::string Operator::Printing(const std::string& argument)
+Understood Operator::Garbage(const std::string& argument)
+{
+    return Either(argument, "on", "off", [this](bool on) { server_->SetGarbage(on); });
+}
+
+Understood Operator::Printing(const std::string& argument)
 {
     if (!model_->tellsPrinting) {
-        return std::string(model_->name) + " does not tell whether it is printing";
+        return Wrong(std::string(model_->name) + " does not tell whether it is printing");
     }
     return Either(argument, "hold", "release", [this](bool hold) { server_->SetPrintingHeld(hold); });
 }
 
-std::string Operator::Drawer(const std::string& argument)
+Understood Operator::Drawer(const std::string& argument)
 {
     if (argument == "open" || argument == "close") {
-        recorder_->MoveDrawer(argument == "open");
-        return {};
+        return Right([this, open = argument == "open"] { recorder_->MoveDrawer(open); });
     }
     if (argument != "high" && argument != "low") {
-        return "open, close, high or low expected";
+        return Wrong("open, close, high or low expected");
     }
-    server_->SetDrawerSignal(argument == "high");
-    return {};
+    return Right([this, high = argument == "high"] { server_->SetDrawerSignal(high); });
 }
 
-std::string Operator::Power(const std::string& argument)
+Understood Operator::Power(const std::string& argument)
 {
     if (argument == "on" || argument == "off") {
-        server_->SetPower(argument == "on");
-        return {};
+        return Right([this, on = argument == "on"] { server_->SetPower(on); });
     }
-    const auto time = argument.starts_with("cycle ") ? TimeIn(argument.substr(6)) : std::nullopt;
-    if (!time) {
-        return "on, off or cycle MILLISECONDS expected";
-    }
-    server_->PowerCycle(*time);
-    return {};
+    const auto time = argument == "cycle"              ? std::optional(kUsualCycle)
+                      : argument.starts_with("cycle ") ? TimeIn(argument.substr(6))
+                                                       : std::nullopt;
+    return Amount(time, "on, off or cycle MILLISECONDS", [this](auto off) { server_->PowerCycle(off); });
 }
 
-std::string Operator::Drop(const std::string&)
+Understood Operator::Drop(const std::string& argument)
 {
-    server_->Drop();
-    return {};
+    return argument.empty() ? Right([this] { server_->Drop(); }) : Wrong("nothing more expected");
 }
 
-std::string Operator::Refuse(const std::string& argument)
+Understood Operator::Refuse(const std::string& argument)
 {
     if (argument == "on" || argument == "off") {
-        server_->Refuse(argument == "on");
-        return {};
+        return Right([this, on = argument == "on"] { server_->Refuse(on); });
     }
-    const auto time = TimeIn(argument);
-    if (!time) {
-        return "on, off or milliseconds expected";
-    }
-    server_->RefuseFor(*time);
-    return {};
+    return Amount(TimeIn(argument), "on, off or milliseconds", [this](auto time) { server_->RefuseFor(time); });
 }
 
-std::string Operator::Slow(const std::string& argument)
+Understood Operator::Slow(const std::string& argument)
 {
-    const auto pace = NumberIn<uint32_t>(argument);
-    if (!pace) {
-        return "bytes per second expected, 0 for no limit";
-    }
-    server_->Slow(*pace);
-    return {};
+    return Amount(NumberIn<uint32_t>(argument), "bytes per second, 0 for no limit,",
+                  [this](uint32_t pace) { server_->Slow(pace); });
 }
 
-std::string Operator::Speed(const std::string& argument)
+Understood Operator::Speed(const std::string& argument)
 {
-    const auto speed = NumberIn<uint32_t>(argument);
-    if (!speed) {
-        return "millimetres per second expected, 0 for no limit";
-    }
-    server_->SetSpeed(*speed);
-    return {};
+    return Amount(NumberIn<uint32_t>(argument), "millimetres per second, 0 for no limit,",
+                  [this](uint32_t speed) { server_->SetSpeed(speed); });
 }
 
-std::string Operator::Half(const std::string& argument)
+Understood Operator::Half(const std::string& argument)
 {
     const auto count = argument.empty() ? std::optional(1U) : NumberIn<unsigned>(argument);
-    if (!count) {
-        return "a number of answers expected";
-    }
-    server_->HalveAnswers(*count);
-    return {};
+    return Amount(count, "a number of answers", [this](unsigned answers) { server_->HalveAnswers(answers); });
 }
 
-std::string Operator::SayToTill(const std::string& argument)
+Understood Operator::HalfStatus(const std::string& argument)
 {
-    const auto bytes = HexIn(argument);
-    if (!bytes) {
-        return "bytes expected, in hexadecimal";
-    }
-    server_->Say(*bytes);
-    return {};
+    return argument == "half" || argument.starts_with("half ") ? Half(Split(argument).argument)
+                                                               : Wrong("half, or nothing, expected");
 }
 
-// Done, and told of again, when so many bytes have been received.
-std::string Operator::At(const std::string& argument)
+Understood Operator::SayToTill(const std::string& argument)
 {
-    const std::size_t end = argument.find(' ');
-    const auto at = NumberIn<uint64_t>(argument.substr(0, end));
-    const Words words = Split(end == std::string::npos ? "" : argument.substr(end));
-    const bool fault = std::any_of(kActions.begin(), kActions.end(), [&](const Action& one) {
-        return one.first == words.name && one.first != "at" && one.first != "save";
-    });
-    if (!at || !fault) {
-        return "a number of bytes and what to do then expected";
+    return Amount(HexIn(argument), "bytes, in hexadecimal,", [this](const Bytes& bytes) { server_->Say(bytes); });
+}
+
+// Done, and told of again, when its time has come.
+Understood Operator::Later(const std::string& line)
+{
+    const auto occasion = ParseOccasion(line);
+    if (!occasion) {
+        return Wrong("when and what expected, such as at 900 drop, after 3 lines: paper out, at cut 2: cover open");
     }
+    const std::string name = Split(occasion->command).name;
+    if (name == "at" || name == "after" || name == "save") {
+        return Wrong(name + " cannot wait for its time");
+    }
+    Understood then = Understand(occasion->command);
+    if (!then.problem.empty()) {
+        return then;
+    }
+    return {{}, [this, occasion = *occasion] {
+                return Await(occasion, [this, command = occasion.command] {
+                    Report(command, Do(Understand(command)), Received());
+                });
+            }};
+}
+
+std::string Operator::Await(const Occasion& occasion, std::function<void()> action)
+{
     if (waiting_ >= kMostWaiting) {
         return "too much waits to be done already";
     }
+    const auto counted = [this, action = std::move(action)] {
+        --waiting_;
+        action();
+    };
     try {
         ++waiting_;
-        server_->At(*at, [this, at = *at, words] {
-            --waiting_;
-            Report(words, Do(words), at);
-        });
+        occasion.further ? server_->AtFurther(occasion.what, occasion.count, counted)
+                         : server_->At(occasion.what, occasion.count, counted);
     } catch (const std::out_of_range& error) {
         --waiting_;
         return error.what();
@@ -235,26 +266,29 @@ std::string Operator::At(const std::string& argument)
     return {};
 }
 
-std::string Operator::Ticket(const std::string& argument)
+Understood Operator::Ticket(const std::string& argument)
 {
-    if (argument != "take") {
-        return "take expected";
+    return argument == "take" ? Right([this] { recorder_->TakeTicket(); }) : Wrong("take expected");
+}
+
+Understood Operator::Tear(const std::string& argument)
+{
+    if (!argument.empty()) {
+        return Wrong("nothing more expected");
     }
-    recorder_->TakeTicket();
-    return {};
+    return Right([this] { server_->With([](VirtualPrinter& printer) { printer.TearOff(); }); });
 }
 
-std::string Operator::Tear(const std::string&)
-{
-    server_->With([](VirtualPrinter& printer) { printer.TearOff(); });
-    return {};
-}
-
-std::string Operator::Save(const std::string& argument)
+Understood Operator::Save(const std::string& argument)
 {
     const std::string file = argument.empty() ? files_.picture : argument;
-    server_->TakeWhatHasArrived();
-    return file.empty() ? "a file expected" : SaveTo(file);
+    if (file.empty()) {
+        return Wrong("a file expected");
+    }
+    return {{}, [this, file] {
+                server_->TakeWhatHasArrived();
+                return SaveTo(file);
+            }};
 }
 
 }  // namespace marbex::virtual_printer

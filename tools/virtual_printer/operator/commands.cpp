@@ -185,10 +185,15 @@ void Operator::Status()
 {
     PrinterState state;
     server_->With([&state](VirtualPrinter& printer) { state = printer.State(); });
-    const Json json{{"event", "status"},          {"cover", state.coverOpen ? "open" : "closed"},
-                    {"paper", Name(state.paper)}, {"jam", state.jammed},
-                    {"mute", state.mute},         {"stopped", state.stopped},
-                    {"power", state.on},          {"waiting_bytes", state.waitingBytes},
+    const Json json{{"event", "status"},
+                    {"cover", state.coverOpen ? "open" : "closed"},
+                    {"paper", Name(state.paper)},
+                    {"jam", state.jammed},
+                    {"mute", state.mute},
+                    {"garbage", state.garbage},
+                    {"stopped", state.stopped},
+                    {"power", state.on},
+                    {"waiting_bytes", state.waitingBytes},
                     {"received", state.received}};
     Print(json.dump());
 }
@@ -199,12 +204,12 @@ bool Operator::Command(const std::string& line)
     if (words.name.empty()) {
         return true;
     }
-    if (words.name == "status") {
+    if (words.name == "status" && words.argument.empty()) {
         Status();
         return true;
     }
     if (words.name == "quit") {
-        Report(words, {}, {});
+        Report(words.name, {}, {});
         return false;
     }
     Perform(line);
@@ -214,18 +219,62 @@ bool Operator::Command(const std::string& line)
 std::string Operator::Perform(const std::string& line)
 {
     const Words words = Split(line);
-    std::string problem = Do(words);
-    Report(words, problem, {});
+    std::string problem = Do(Understand(line));
+    Report(words.argument.empty() ? words.name : words.name + " " + words.argument, problem, {});
     if (changed_) {
         changed_();
     }
     return problem;
 }
 
-void Operator::Report(const Words& words, const std::string& problem, std::optional<uint64_t> at)
+void Operator::Follow(const std::string& script)
 {
-    Json json{{"event", "command"},
-              {"command", words.argument.empty() ? words.name : words.name + " " + words.argument}};
+    script_ = ReadScript(script, [this](const std::string& command) { return Understand(command).problem; });
+    NextStep();
+}
+
+// On the thread that did the last one.
+void Operator::NextStep()
+{
+    while (step_ < script_.size()) {
+        const ScriptStep& step = script_[step_++];
+        if (step.command.empty()) {
+            return server_->After(step.wait, [this] { NextStep(); });
+        }
+        const auto occasion = ParseOccasion(step.command);
+        const std::string command = occasion ? occasion->command : step.command;
+        const auto act = [this, command, line = step.line] {
+            Report(command, Do(Understand(command)), Received(), line);
+        };
+        if (!occasion) {
+            act();
+            continue;
+        }
+        const std::string problem = Await(*occasion, [this, act] {
+            act();
+            NextStep();
+        });
+        if (problem.empty()) {
+            return;
+        }
+        Report(step.command, problem, Received(), step.line);
+    }
+}
+
+uint64_t Operator::Received()
+{
+    uint64_t received = 0;
+    server_->With([&received](VirtualPrinter& printer) { received = printer.Received(); });
+    return received;
+}
+
+void Operator::Report(const std::string& command, const std::string& problem, std::optional<uint64_t> at,
+                      std::optional<int> scriptLine)
+{
+    Json json{{"event", "command"}, {"command", command}};
+    if (scriptLine) {
+        json["script_line"] = *scriptLine;
+    }
     if (at) {
         json["at"] = *at;
     }

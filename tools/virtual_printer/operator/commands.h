@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -11,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "virtual_printer/operator/occasion.h"
+#include "virtual_printer/operator/script.h"
 #include "virtual_printer/record/recorder.h"
 #include "virtual_printer/server.h"
 
@@ -42,8 +45,16 @@ public:
     bool Command(const std::string& line);
     // The same for who wants to know what is wrong with it; nothing when it was done.
     std::string Perform(const std::string& line);
+    // Goes through a script from now on, step by step, each when its time has come. Throws BadScript.
+    void Follow(const std::string& script);
     // At the end: takes in what has arrived, and saves the picture, if one is wanted; false when it cannot be written.
     bool SaveLast();
+
+    // A command that has been understood: how it is done, which answers what went wrong; or what is wrong with it.
+    struct Understood {
+        std::string problem;
+        std::function<std::string()> deed;
+    };
 
 private:
     void Happened(const VirtualPrinter& printer, const Happening& happening);
@@ -54,30 +65,37 @@ private:
         std::string argument;
     };
     static Words Split(const std::string& line);
-    void Report(const Words& words, const std::string& problem, std::optional<uint64_t> at);
+    // at: the bytes received, of a command that has waited for its time; scriptLine: of one in a script.
+    void Report(const std::string& command, const std::string& problem, std::optional<uint64_t> at,
+                std::optional<int> scriptLine = {});
     VirtualPrinter::Copy CopyTo(std::ofstream& stream, const std::string& file);
 
-    // Each answers what is wrong with its argument, nothing when it is done.
-    using Action = std::pair<std::string_view, std::string (Operator::*)(const std::string& argument)>;
+    using Action = std::pair<std::string_view, Understood (Operator::*)(const std::string& argument)>;
     static const std::vector<Action> kActions;
-    std::string Do(const Words& words);
-    std::string Cover(const std::string& argument);
-    std::string PaperIs(const std::string& argument);
-    std::string Jam(const std::string& argument);
-    std::string Mute(const std::string& argument);
-    std::string Printing(const std::string& argument);
-    std::string Drawer(const std::string& argument);
-    std::string Power(const std::string& argument);
-    std::string Drop(const std::string& argument);
-    std::string Refuse(const std::string& argument);
-    std::string Slow(const std::string& argument);
-    std::string Speed(const std::string& argument);
-    std::string Half(const std::string& argument);
-    std::string SayToTill(const std::string& argument);
-    std::string At(const std::string& argument);
-    std::string Ticket(const std::string& argument);
-    std::string Tear(const std::string& argument);
-    std::string Save(const std::string& argument);
+    Understood Understand(const std::string& line);
+    static std::string Do(const Understood& understood);
+    Understood Cover(const std::string& argument);
+    Understood PaperIs(const std::string& argument);
+    Understood Jam(const std::string& argument);
+    Understood Mute(const std::string& argument);
+    Understood Garbage(const std::string& argument);
+    Understood Printing(const std::string& argument);
+    Understood Drawer(const std::string& argument);
+    Understood Power(const std::string& argument);
+    Understood Drop(const std::string& argument);
+    Understood Refuse(const std::string& argument);
+    Understood Slow(const std::string& argument);
+    Understood Speed(const std::string& argument);
+    Understood Half(const std::string& argument);
+    Understood HalfStatus(const std::string& argument);
+    Understood SayToTill(const std::string& argument);
+    Understood Later(const std::string& line);
+    Understood Ticket(const std::string& argument);
+    Understood Tear(const std::string& argument);
+    Understood Save(const std::string& argument);
+    std::string Await(const Occasion& occasion, std::function<void()> action);
+    void NextStep();
+    uint64_t Received();
     std::string SaveTo(const std::string& file);
     void KeepPictureFresh(const Paper& paper);
 
@@ -85,7 +103,9 @@ private:
     OutputFiles files_;
     std::ofstream commands_;
     std::ofstream received_;
-    std::atomic<unsigned> waiting_{0};  // actions that wait for their byte
+    std::atomic<unsigned> waiting_{0};  // actions that wait for their time
+    std::vector<ScriptStep> script_;
+    std::size_t step_ = 0;  // the next one
     std::mutex output_;
     bool announced_ = false;             // the first line is out
     std::vector<std::string> heldBack_;  // what happened before

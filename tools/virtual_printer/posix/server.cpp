@@ -76,9 +76,26 @@ void PrinterServer::TakeWhatHasArrived()
     impl_->OnLink([this] { impl_->TakeWhatHasArrived(); });
 }
 
-void PrinterServer::At(uint64_t received, std::function<void()> action)
+void PrinterServer::At(Count what, uint64_t count, std::function<void()> action)
 {
-    impl_->At(received, std::move(action));
+    impl_->At(what, count, false, std::move(action));
+}
+
+void PrinterServer::AtFurther(Count what, uint64_t count, std::function<void()> action)
+{
+    impl_->At(what, count, true, std::move(action));
+}
+
+void PrinterServer::After(std::chrono::milliseconds time, std::function<void()> action)
+{
+    impl_->After(Impl::Clock::now() + time, std::move(action));
+}
+
+PrinterServer::Fed PrinterServer::Feed(std::span<const uint8_t> bytes)
+{
+    Fed fed;
+    impl_->OnLink([&] { fed = impl_->Feed(bytes); });
+    return fed;
 }
 
 void PrinterServer::SetMute(bool mute)
@@ -119,6 +136,11 @@ void PrinterServer::SetSpeed(uint32_t millimetresPerSecond)
 void PrinterServer::HalveAnswers(unsigned count)
 {
     With([count](VirtualPrinter& printer) { printer.HalveAnswers(count); });
+}
+
+void PrinterServer::SetGarbage(bool garbage)
+{
+    With([garbage](VirtualPrinter& printer) { printer.SetGarbage(garbage); });
 }
 
 void PrinterServer::With(const std::function<void(VirtualPrinter&)>& work)

@@ -8,6 +8,7 @@
 #include <limits>
 #include <span>
 #include <stdexcept>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -18,6 +19,19 @@ constexpr int kMostReads = 1024;
 constexpr auto kPlaceTakenPause = std::chrono::milliseconds(20);
 constexpr uint8_t kXon = 0x11;
 constexpr uint8_t kXoff = 0x13;
+
+std::size_t Index(PrinterServer::Count what)
+{
+    return static_cast<std::size_t>(what);
+}
+
+uint64_t CountOf(const VirtualPrinter& printer, PrinterServer::Count what)
+{
+    const PrinterState state = printer.State();
+    return what == PrinterServer::Count::kBytes   ? state.received
+           : what == PrinterServer::Count::kLines ? state.lines
+                                                  : state.cuts;
+}
 
 }  // namespace
 
@@ -38,6 +52,7 @@ PrinterServer::Impl::Impl(std::string_view model, const LinkOptions& options, Pr
     printer_.CopyCommands(std::move(copies.commands));
     printer_.CopyReceived(std::move(copies.received));
     printer_.Watch(std::move(copies.done));
+    printer_.HoldWhile([this] { return ActionDue().has_value(); });
     const std::lock_guard lock(mutex_);  // until thread_ can be asked who it is
     thread_ = std::thread([this] { Serve(); });
 }
@@ -94,14 +109,22 @@ bool PrinterServer::Impl::WaitFor(const std::function<bool(const VirtualPrinter&
     return changed_.wait_for(lock, limit, [this, &condition] { return condition(printer_); });
 }
 
-void PrinterServer::Impl::At(uint64_t received, std::function<void()> action)
+void PrinterServer::Impl::At(Count what, uint64_t count, bool further, std::function<void()> action)
 {
     With([&](VirtualPrinter& printer) {
-        if (printer.Received() > received) {
-            throw std::out_of_range(std::to_string(printer.Received()) + " bytes have been received already");
+        const uint64_t now = CountOf(printer, what);
+        if (!further && now > count) {
+            constexpr std::array<std::string_view, 3> kWhat{" bytes have been received", " lines have been printed",
+                                                            " cuts have been made"};
+            throw std::out_of_range(std::to_string(now) + std::string(kWhat[Index(what)]) + " already");
         }
-        actions_.emplace(received, std::move(action));
+        actions_[Index(what)].emplace(further ? now + count : count, std::move(action));
     });
+}
+
+void PrinterServer::Impl::After(Clock::time_point time, std::function<void()> action)
+{
+    With([&](VirtualPrinter&) { timers_.emplace(time, std::move(action)); });
 }
 
 void PrinterServer::Impl::SetPower(bool on, std::optional<Clock::time_point> again)
@@ -203,6 +226,12 @@ void PrinterServer::Impl::DoWhatIsDue()
     } catch (const std::system_error&) {
         acceptAt_ = now + kPlaceTakenPause;  // somebody else has the port for a moment
     }
+    while (!timers_.empty() && timers_.begin()->first <= now) {
+        const auto action = std::move(timers_.begin()->second);
+        timers_.erase(timers_.begin());
+        action();
+        changed_.notify_all();
+    }
     if (printer_.Due() && *printer_.Due() <= now) {
         printer_.GoOn(now);
         changed_.notify_all();
@@ -212,7 +241,8 @@ void PrinterServer::Impl::DoWhatIsDue()
 int PrinterServer::Impl::MillisecondsUntilDue() const
 {
     std::optional<Clock::time_point> next = printer_.Due();
-    for (const auto& due : {powerOnAt_, acceptAt_}) {
+    const auto timer = timers_.empty() ? std::nullopt : std::optional(timers_.begin()->first);
+    for (const auto& due : {powerOnAt_, acceptAt_, timer}) {
         if (due && (!next || *due < *next)) {
             next = due;
         }
@@ -251,28 +281,50 @@ void PrinterServer::Impl::Disconnected(std::size_t unread)
     printer_.Record(virtual_printer::Disconnected{std::exchange(kept_, {}).size() + unread});
 }
 
-// How many of the kept bytes the printer takes now: it may have been stopped since its room was asked, and something
-// may have to be done at a certain byte.
-std::size_t PrinterServer::Impl::Taken() const
+std::optional<std::size_t> PrinterServer::Impl::ActionDue() const
 {
-    const std::size_t taken = std::min(kept_.size(), printer_.Room());
-    if (actions_.empty()) {
-        return taken;
+    for (const Count what : {Count::kBytes, Count::kLines, Count::kCuts}) {
+        const Actions& actions = actions_[Index(what)];
+        if (!actions.empty() && actions.begin()->first <= CountOf(printer_, what)) {
+            return Index(what);
+        }
     }
-    return static_cast<std::size_t>(std::min<uint64_t>(taken, actions_.begin()->first - printer_.Received()));
+    return std::nullopt;
+}
+
+// What one of them lets the printer do may make the next one due.
+void PrinterServer::Impl::DoActionsDue()
+{
+    while (const auto due = ActionDue()) {
+        Actions& actions = actions_[*due];
+        const auto action = std::move(actions.begin()->second);
+        actions.erase(actions.begin());
+        action();
+        printer_.GoOn(Clock::now());
+        changed_.notify_all();
+    }
+}
+
+// How many of the bytes offered the printer takes now: it may have been stopped since its room was asked, and something
+// may have to be done at a certain byte, or after whatever line or cut the next one makes.
+std::size_t PrinterServer::Impl::Taken(std::size_t offered) const
+{
+    std::size_t taken = std::min(offered, printer_.Room());
+    const Actions& atBytes = actions_[Index(Count::kBytes)];
+    if (!atBytes.empty()) {
+        taken = static_cast<std::size_t>(std::min<uint64_t>(taken, atBytes.begin()->first - printer_.Received()));
+    }
+    const bool byByte = !actions_[Index(Count::kLines)].empty() || !actions_[Index(Count::kCuts)].empty();
+    return byByte ? std::min<std::size_t>(taken, 1) : taken;
 }
 
 void PrinterServer::Impl::FeedAsTaken()
 {
     printer_.GoOn(Clock::now());
-    link_.Send(printer_.Feed(Bytes{}));
     for (;;) {
-        while (!actions_.empty() && actions_.begin()->first == printer_.Received()) {
-            const auto action = std::move(actions_.begin()->second);
-            actions_.erase(actions_.begin());
-            action();
-        }
-        const std::size_t taken = Taken();
+        DoActionsDue();
+        link_.Send(printer_.Feed(Bytes{}));
+        const std::size_t taken = Taken(kept_.size());
         if (taken == 0) {
             break;
         }
@@ -282,6 +334,25 @@ void PrinterServer::Impl::FeedAsTaken()
         changed_.notify_all();
     }
     HoldOrRelease();
+}
+
+PrinterServer::Fed PrinterServer::Impl::Feed(std::span<const uint8_t> bytes)
+{
+    Fed fed;
+    const auto feed = [this, &fed](std::span<const uint8_t> some) {
+        const Bytes answer = printer_.Feed(some);
+        fed.answer.insert(fed.answer.end(), answer.begin(), answer.end());
+    };
+    for (;;) {
+        DoActionsDue();
+        feed({});
+        const std::size_t taken = Taken(bytes.size() - fed.taken);
+        if (taken == 0) {
+            return fed;
+        }
+        feed(bytes.subspan(fed.taken, taken));
+        fed.taken += taken;
+    }
 }
 
 void PrinterServer::Impl::HoldOrRelease()

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <span>
 
 #include <nlohmann/json.hpp>
 
@@ -24,16 +25,17 @@ Answer Feed(const Station& station, const std::string& bytes)
     Awaited awaited;
     awaited.deadline = std::chrono::steady_clock::now() + kLongest;
     awaited.look = [feeding, &server = station.server](bool timeIsUp) -> std::optional<Response> {
-        server.With([&feeding](VirtualPrinter& printer) {
-            while (feeding->taken < feeding->bytes.size() && printer.Room() > 0) {
-                // In pieces, so that a till is not kept waiting.
-                const std::size_t piece =
-                    std::min({feeding->bytes.size() - feeding->taken, printer.Room(), std::size_t{4096}});
-                const Bytes answer = printer.Feed(std::string_view(feeding->bytes).substr(feeding->taken, piece));
-                feeding->answer.insert(feeding->answer.end(), answer.begin(), answer.end());
-                feeding->taken += piece;
+        // In pieces, so that a till is not kept waiting.
+        while (feeding->taken < feeding->bytes.size()) {
+            const auto rest = std::as_bytes(std::span(feeding->bytes)).subspan(feeding->taken);
+            const std::size_t piece = std::min(rest.size(), std::size_t{4096});
+            const PrinterServer::Fed fed = server.Feed({reinterpret_cast<const uint8_t*>(rest.data()), piece});
+            feeding->answer.insert(feeding->answer.end(), fed.answer.begin(), fed.answer.end());
+            feeding->taken += fed.taken;
+            if (fed.taken < piece) {
+                break;
             }
-        });
+        }
         const bool all = feeding->taken == feeding->bytes.size();
         if (!all && !timeIsUp) {
             return std::nullopt;

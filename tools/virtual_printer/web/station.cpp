@@ -49,6 +49,7 @@ Json StateOf(const Station& station)
               {"paper", Name(state.paper)},
               {"jam", state.jammed},
               {"mute", state.mute},
+              {"garbage", state.garbage},
               {"power", state.on},
               {"stopped", state.stopped},
               {"refusing", link.refusing},

@@ -16,6 +16,7 @@ const switches = [
   { id: "jam", label: "Paper jam", key: "j", on: "jam on", off: "jam off", is: (s) => s.jam, has: (s) => s.parts.jam },
   { id: "power", label: "Power off", key: "o", on: "power off", off: "power on", is: (s) => !s.power },
   { id: "mute", label: "Answers nothing", key: "m", on: "mute on", off: "mute off", is: (s) => s.mute },
+  { id: "garbage", label: "Answers garbage", key: "g", on: "garbage on", off: "garbage off", is: (s) => s.garbage },
   { id: "refuse", label: "Refuses connections", key: "r", on: "refuse on", off: "refuse off", is: (s) => s.refusing },
   { id: "held", label: "Says it is printing", key: "h", on: "printing hold", off: "printing release",
     is: (s) => s.printing_held, has: (s) => s.parts.jam },
