@@ -1,6 +1,7 @@
 // The program itself, as a script uses it: commands in, lines of JSON out, a picture of the paper.
 
 #include <gtest/gtest.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <array>
@@ -101,6 +102,52 @@ TEST(Program, FaultsHitTheByteTheyAreMeantFor)
     std::filesystem::remove(file);
 }
 
+// Standard input is empty, as of a service; the commands come over the socket, in pieces too.
+TEST(Program, TakesCommandsOverASocketAndAnswersThere)
+{
+    const std::string path = testing::TempDir() + "control-" + std::to_string(::getpid());
+    Program program(
+        {"--model", "TALIS", "--tcp", "127.0.0.1:0", "--model", "BRISA", "--tcp", "127.0.0.1:0", "--control", path});
+    EXPECT_EQ(program.NextNamed("listening")["printer"], 1);
+    EXPECT_EQ(program.NextNamed("listening")["printer"], 2);
+    program.CloseInput();
+    const auto connect = [&path] {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+        const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        EXPECT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        return fd;
+    };
+    const auto answer = [](int fd) {
+        std::string line;
+        char byte = 0;
+        while (::read(fd, &byte, 1) == 1 && byte != '\n') {
+            line.push_back(byte);
+        }
+        return line.empty() ? Json() : Json::parse(line);
+    };
+    const int first = connect();
+    const int second = connect();
+    Send(second, "2 paper");
+    Send(first, "cover open\nstatus\n");
+    EXPECT_EQ(answer(first)["command"], "cover open");
+    EXPECT_EQ(answer(first)["cover"], "open");
+    Send(second, " none\r\n2 paper low");
+    EXPECT_TRUE(answer(second).contains("problem"));
+    ::shutdown(second, SHUT_WR);
+    EXPECT_EQ(answer(second), (Json{{"printer", 2}, {"event", "command"}, {"command", "paper low"}}));
+    EXPECT_TRUE(answer(second).is_null()) << "closed";
+    Send(first, "quit\n");
+    EXPECT_EQ(program.ExitStatus(), 0);
+    EXPECT_NE(::access(path.c_str(), F_OK), 0);
+    ::close(first);
+    ::close(second);
+    std::ofstream(path) << "a file of somebody";
+    EXPECT_EQ(Program({"--tcp", "127.0.0.1:0", "--control", path}).ExitStatus(), 1);
+    std::filesystem::remove(path);
+}
+
 class Script : public testing::Test {
 protected:
     std::string Write(const std::string& text) const
@@ -145,8 +192,9 @@ TEST_F(Script, GoesThroughItsStepsEachInItsTime)
     EXPECT_EQ(tooLate["script_line"], 9);
     EXPECT_EQ(tooLate.value("problem", ""), "") << "there has been no second cut";
     EXPECT_EQ(program.NextNamed("status_query")["answer"], "10 0F 05");
-    Send(fd, "\x18lost\n");
+    Send(fd, "5\n");
     program.Say("paper ok");
+    EXPECT_EQ(text(), "5");
     Send(fd,
          "a\x1Bi"
          "b\n");

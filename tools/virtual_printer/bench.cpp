@@ -94,7 +94,7 @@ bool Bench::Announce()
     return true;
 }
 
-bool Bench::Command(const std::string& line)
+Operator::Done Bench::Command(const std::string& line)
 {
     std::size_t number = 1;
     const std::size_t start = std::min(line.find_first_not_of(' '), line.size());

@@ -21,8 +21,8 @@ public:
 
     // Writes the port files and then the first line of each printer. False when a file cannot be written.
     bool Announce();
-    // Does one command; a number in front says which printer's. False: it was the last one.
-    bool Command(const std::string& line);
+    // Does one command; a number in front says which printer's.
+    Operator::Done Command(const std::string& line);
     // At the end; false when a picture cannot be written.
     bool SaveLast();
 

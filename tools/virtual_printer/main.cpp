@@ -16,13 +16,17 @@ int Main(int argc, char** argv)
     if (parsed.exit >= 0) {
         return parsed.exit;
     }
-    CommandInput input;
+    CommandInput input(parsed.arguments.control);
     Bench bench(parsed.arguments);
     if (!bench.Announce()) {
         return 1;
     }
     while (const auto line = input.NextLine()) {
-        if (!bench.Command(*line)) {
+        const Operator::Done done = bench.Command(*line);
+        if (!done.json.empty()) {
+            input.Reply(done.json);
+        }
+        if (done.last) {
             break;
         }
     }

@@ -59,6 +59,7 @@ void DefineAll(CLI::App& app, Arguments& a)
 {
     app.add_option("--printers", a.shop, "file with more printers: the options of one a line");
     app.add_option("--web", a.web, "[HOST:]PORT of the page, on this machine only if no host is given");
+    app.add_option("--control", a.control, "unix socket that takes the commands of standard input");
     app.footer(
         "Commands on standard input:\n"
         "  cover open|close     paper ok|low|out     jam on|off\n"

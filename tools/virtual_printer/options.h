@@ -30,8 +30,9 @@ struct PrinterArguments {
 
 struct Arguments {
     std::vector<PrinterArguments> printers;
-    std::string shop;  // file with more printers
-    std::string web;   // [HOST:]PORT of the page; empty: none
+    std::string shop;     // file with more printers
+    std::string web;      // [HOST:]PORT of the page; empty: none
+    std::string control;  // unix socket for commands; empty: none
     std::string webHost = "127.0.0.1";
     uint16_t webPort = 0;
 };

@@ -89,18 +89,19 @@ VirtualPrinter::Copy Operator::CopyTo(std::ofstream& stream, const std::string& 
     };
 }
 
-void Operator::Print(std::string json)
+std::string Operator::Print(std::string json)
 {
     if (number_ != 0) {
         json.insert(1, "\"printer\":" + std::to_string(number_) + ",");
     }
     const std::lock_guard lock(output_);
     if (!announced_) {
-        heldBack_.push_back(std::move(json));
-        return;
+        heldBack_.push_back(json);
+        return json;
     }
     std::fprintf(stdout, "%s\n", json.c_str());
     std::fflush(stdout);
+    return json;
 }
 
 void Operator::Announce(std::string_view model, const std::string& page)
@@ -181,7 +182,7 @@ bool Operator::SaveLast()
     return files_.picture.empty() || SaveTo(files_.picture).empty();
 }
 
-void Operator::Status()
+std::string Operator::Status()
 {
     PrinterState state;
     server_->With([&state](VirtualPrinter& printer) { state = printer.State(); });
@@ -195,36 +196,39 @@ void Operator::Status()
                     {"power", state.on},
                     {"waiting_bytes", state.waitingBytes},
                     {"received", state.received}};
-    Print(json.dump());
+    return Print(json.dump());
 }
 
-bool Operator::Command(const std::string& line)
+Operator::Done Operator::Command(const std::string& line)
 {
     const Words words = Split(line);
     if (words.name.empty()) {
-        return true;
+        return {};
     }
     if (words.name == "status" && words.argument.empty()) {
-        Status();
-        return true;
+        return {Status()};
     }
     if (words.name == "quit") {
-        Report(words.name, {}, {});
-        return false;
+        return {Report(words.name, {}, {}), true};
     }
-    Perform(line);
-    return true;
+    return {Attempt(line).json};
 }
 
 std::string Operator::Perform(const std::string& line)
 {
+    return Attempt(line).problem;
+}
+
+Operator::Attempted Operator::Attempt(const std::string& line)
+{
     const Words words = Split(line);
-    std::string problem = Do(Understand(line));
-    Report(words.argument.empty() ? words.name : words.name + " " + words.argument, problem, {});
+    Attempted attempted{Do(Understand(line)), {}};
+    attempted.json =
+        Report(words.argument.empty() ? words.name : words.name + " " + words.argument, attempted.problem, {});
     if (changed_) {
         changed_();
     }
-    return problem;
+    return attempted;
 }
 
 void Operator::Follow(const std::string& script)
@@ -268,8 +272,8 @@ uint64_t Operator::Received()
     return received;
 }
 
-void Operator::Report(const std::string& command, const std::string& problem, std::optional<uint64_t> at,
-                      std::optional<int> scriptLine)
+std::string Operator::Report(const std::string& command, const std::string& problem, std::optional<uint64_t> at,
+                             std::optional<int> scriptLine)
 {
     Json json{{"event", "command"}, {"command", command}};
     if (scriptLine) {
@@ -281,7 +285,7 @@ void Operator::Report(const std::string& command, const std::string& problem, st
     if (!problem.empty()) {
         json["problem"] = problem;
     }
-    Print(json.dump(-1, ' ', false, Json::error_handler_t::replace));
+    return Print(json.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
 }  // namespace marbex::virtual_printer

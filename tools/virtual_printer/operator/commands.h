@@ -41,8 +41,12 @@ public:
     Recorder& Memory() { return *recorder_; }
     // Writes the first line, which says where the printer is, and its page; nothing is told before it.
     void Announce(std::string_view model, const std::string& page);
-    // Does one command. False: it was the last one.
-    bool Command(const std::string& line);
+    // Does one command.
+    struct Done {
+        std::string json;   // the line of output that tells so
+        bool last = false;  // no more is wanted
+    };
+    Done Command(const std::string& line);
     // The same for who wants to know what is wrong with it; nothing when it was done.
     std::string Perform(const std::string& line);
     // Goes through a script from now on, step by step, each when its time has come. Throws BadScript.
@@ -58,16 +62,16 @@ public:
 
 private:
     void Happened(const VirtualPrinter& printer, const Happening& happening);
-    void Print(std::string json);
-    void Status();
+    std::string Print(std::string json);  // the line as it was printed
+    std::string Status();
     struct Words {
         std::string name;
         std::string argument;
     };
     static Words Split(const std::string& line);
     // at: the bytes received, of a command that has waited for its time; scriptLine: of one in a script.
-    void Report(const std::string& command, const std::string& problem, std::optional<uint64_t> at,
-                std::optional<int> scriptLine = {});
+    std::string Report(const std::string& command, const std::string& problem, std::optional<uint64_t> at,
+                       std::optional<int> scriptLine = {});
     VirtualPrinter::Copy CopyTo(std::ofstream& stream, const std::string& file);
 
     using Action = std::pair<std::string_view, Understood (Operator::*)(const std::string& argument)>;
@@ -93,6 +97,11 @@ private:
     Understood Ticket(const std::string& argument);
     Understood Tear(const std::string& argument);
     Understood Save(const std::string& argument);
+    struct Attempted {
+        std::string problem;
+        std::string json;
+    };
+    Attempted Attempt(const std::string& line);
     std::string Await(const Occasion& occasion, std::function<void()> action);
     void NextStep();
     uint64_t Received();

@@ -5,6 +5,7 @@
 #include <netinet/in.h>
 #include <stdlib.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <termios.h>
 
@@ -70,7 +71,10 @@ Descriptor ListenUnix(const std::string& path)
     if (!socket.Open()) {
         Fail("socket");
     }
-    ::unlink(path.c_str());
+    struct stat old {};
+    if (::lstat(path.c_str(), &old) == 0 && S_ISSOCK(old.st_mode)) {
+        ::unlink(path.c_str());
+    }
     Listen(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address), path);
     return socket;
 }
