@@ -94,6 +94,10 @@ void Account::End(int number, int32_t result, int32_t ownId)
     job.ended = ++tick_;
     job.result = result;
     job.outputId = job.completesAs = ownId;
+    // It may have been completed before the call returned.
+    job.completions = static_cast<int>(std::ranges::count_if(completions_, [&job](const Completion& completion) {
+        return job.outputId != 0 && completion.opening == job.opening && completion.outputId == job.outputId;
+    }));
 }
 
 void Account::Forget(int number)
