@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "platform/posix/reg_file.h"
+#include "platform/reg_file.h"
 
 using marbex::platform::ParseRegFile;
 using marbex::platform::RegDocument;

@@ -33,6 +33,9 @@ int ListFields(bool onlyNames);
 int AddDevice(const DeviceOptions& options);
 int ChangeDevice(const DeviceOptions& options);
 int RemoveDevice(const std::string& name);
+// names: of devices; all without one. What is in the file already is replaced.
+int ExportDevices(const std::string& file, const std::vector<std::string>& names);
+int ImportDevices(const std::string& file, bool dryRun);  // dryRun: only shows what would change
 int ListModels(bool onlyNames);
 
 // server: the library; empty takes the one beside this program.

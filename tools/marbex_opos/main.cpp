@@ -9,6 +9,7 @@
 #include "marbex_opos/nearest.h"
 #include "marbex_opos/output.h"
 #include "marbex_opos/process_settings.h"
+#include "marbex_version.h"
 #include "platform/version.h"
 #include "support/version_text.h"
 
@@ -18,6 +19,14 @@ namespace tools = marbex::tools;
 
 constexpr int kUsageError = 64;  // EX_USAGE of sysexits.h
 
+// The version of the package with the commit it was built from, and what the services report of themselves.
+std::string Version()
+{
+    const std::string commit = marbex::kCommit;
+    return std::string("marbex-opos ") + marbex::kPackageVersion + (commit.empty() ? "" : " (" + commit + ")") +
+           marbex::support::ServiceObjectDescriptionOf(", service objects ", marbex::platform::ModuleFileVersion());
+}
+
 // What the command line may hold, and what was chosen.
 class CommandLine {
 public:
@@ -25,8 +34,7 @@ public:
     {
         app_.require_subcommand(1);
         app_.set_help_all_flag("--help-all", "Help of every command");
-        app_.set_version_flag("--version", marbex::support::ServiceObjectDescriptionOf(
-                                               "marbex-opos ", marbex::platform::ModuleFileVersion()));
+        app_.set_version_flag("--version", Version());
         AddConsole();
         AddDevices();
         AddPrinterCommands();
@@ -153,6 +161,21 @@ private:
         set->add_option("--logical", device_.logicalName, "Another logical name for the device")->type_name("NAME");
         set->add_option("--default", device_.toDefault, "Fields to set back to their defaults")->type_name("FIELD");
         set->add_option("ASSIGNMENTS", device_.assignments, "What to change")->type_name("FIELD=VALUE");
+        AddTransfer(*devices);
+    }
+
+    void AddTransfer(CLI::App& devices)
+    {
+        CLI::App* out = Command(devices, "export", "Write devices, drawers and displays to a .reg file",
+                                [this] { return tools::ExportDevices(transfer_.file, transfer_.names); });
+        AddRegistryOption(out);
+        CLI::App* in = Command(devices, "import", "Make the devices of a .reg file those of this till",
+                               [this] { return tools::ImportDevices(transfer_.file, transfer_.dryRun); });
+        AddRegistryOption(in, Registry::kWritten);
+        for (CLI::App* command : {out, in})
+            command->add_option("FILE", transfer_.file, "File of the registry editor's format")->required();
+        out->add_option("NAME", transfer_.names, "Names of devices; without one, all of them");
+        in->add_flag("--dry-run", transfer_.dryRun, "Show what would change, and change nothing");
     }
 
     template <typename Action>
@@ -243,6 +266,11 @@ private:
     std::string server_;
     tools::ConsoleOptions console_;
     tools::DeviceOptions device_;
+    struct {
+        std::string file;
+        std::vector<std::string> names;
+        bool dryRun = false;
+    } transfer_;
     tools::CheckOptions check_;
     tools::LogOptions log_;
     tools::PrintOptions print_;

@@ -22,10 +22,10 @@
 #include "platform/files.h"
 #include "platform/lock.h"
 #include "platform/posix/open_file.h"
-#include "platform/posix/reg_file.h"
 #include "platform/posix/registry_location.h"
 #include "platform/posix/unique_fd.h"
 #include "platform/posix/whole_write.h"
+#include "platform/reg_file.h"
 #include "platform/registry.h"
 #include "platform/text.h"
 

@@ -2,5 +2,5 @@
 file(GLOB machine CONFIGURE_DEPENDS simulated/machine/*.cpp posix/picture_*.cpp)
 target_sources(marbex_platform PRIVATE
   ${machine} posix/ansi_code_page.cpp posix/bstr.cpp posix/code_pages.cpp posix/iconv_converter.cpp
-  posix/reg_document.cpp posix/reg_parser.cpp posix/reg_writer.cpp posix/variant.cpp posix/version.cpp)
+  posix/variant.cpp posix/version.cpp)
 include(posix/libraries.cmake)

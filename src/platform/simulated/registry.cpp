@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/posix/reg_file.h"
+#include "platform/reg_file.h"
 #include "platform/simulated/machine/call.h"
 #include "platform/simulated/machine/storage.h"
 

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <variant>
 
-#include "platform/posix/reg_file.h"
+#include "platform/reg_file.h"
 #include "platform/registry.h"
 #include "temp_folder.h"
 

@@ -242,7 +242,9 @@ TEST_F(ProgramTest, NamesACommandThatItDoesNotHave)
     EXPECT_EQ(Run("devices sohw Till1").output,
               "marbex-opos: there is no command sohw; did you mean show? (marbex-opos --help)\n");
     EXPECT_EQ(Run("frobnicate").output, "marbex-opos: there is no command frobnicate (marbex-opos --help)\n");
-    EXPECT_EQ(Run("--version").output, "marbex-opos 1.0.0\n");
+    const std::string version = Run("--version").output;
+    EXPECT_TRUE(version.starts_with("marbex-opos 1.")) << version;
+    EXPECT_TRUE(version.ends_with(", service objects 1.0.0\n")) << version;
     const Finished absent = Run("devices list");
     EXPECT_EQ(absent.output, "marbex-opos: " + registry_.File() + ": No such file or directory\n");
     EXPECT_EQ(absent.status, 1);

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <variant>
 
-#include "platform/posix/reg_document.h"
+#include "platform/reg_document.h"
 
 namespace marbex::platform {
 

@@ -1,4 +1,4 @@
-#include "platform/posix/reg_document.h"
+#include "platform/reg_document.h"
 
 #include <algorithm>
 #include <unordered_set>

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/code_page.h"
-#include "platform/posix/reg_file.h"
+#include "platform/reg_file.h"
 #include "platform/text.h"
 #include "platform/unicode.h"
 

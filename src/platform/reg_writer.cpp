@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "platform/posix/reg_file.h"
+#include "platform/reg_file.h"
 #include "platform/text.h"
 #include "platform/unicode.h"
 
